@@ -1,0 +1,17 @@
+# Locates a JDK for jni.h (build time only: the library never links libjvm)
+# and for javac/jar (the SDK test double). JAVA_HOME is honoured when set;
+# otherwise the JDK is derived from the javac found on PATH, links resolved.
+find_program(VELMORA_JAVAC javac HINTS ENV JAVA_HOME PATH_SUFFIXES bin)
+if(NOT VELMORA_JAVAC)
+  message(FATAL_ERROR "javac not found: install a JDK (Debian: openjdk-17-jdk-headless)")
+endif()
+file(REAL_PATH "${VELMORA_JAVAC}" _velmora_javac_real)
+get_filename_component(_velmora_jdk_bin "${_velmora_javac_real}" DIRECTORY)
+get_filename_component(VELMORA_JDK_HOME "${_velmora_jdk_bin}" DIRECTORY)
+set(VELMORA_JAR "${_velmora_jdk_bin}/jar")
+set(VELMORA_JAVA "${_velmora_jdk_bin}/java")
+set(VELMORA_JNI_INCLUDE_DIRS "${VELMORA_JDK_HOME}/include" "${VELMORA_JDK_HOME}/include/linux")
+if(NOT EXISTS "${VELMORA_JDK_HOME}/include/jni.h")
+  message(FATAL_ERROR "no jni.h under ${VELMORA_JDK_HOME}/include")
+endif()
+message(STATUS "JDK for jni.h and javac: ${VELMORA_JDK_HOME}")

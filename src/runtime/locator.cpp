@@ -1,0 +1,336 @@
+#include "runtime/locator.hpp"
+
+#include <velmora.h>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <libgen.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <initializer_list>
+#include <optional>
+
+namespace velmora::runtime {
+namespace {
+
+constexpr std::string_view kConfigFileName = "/VelmoraDLL.conf";
+constexpr std::string_view kConfigDelimiters = "=\n\r";
+constexpr std::string_view kKeyJvm64Path = "JVM64PATH";
+constexpr std::string_view kKeyJvmPath = "JVMPATH";
+constexpr const char* kBareName = "libjvm.so";
+
+// Appended to $JAVA_HOME, in the order they are tried.
+constexpr std::array<std::string_view, 4> kJavaHomeSuffixes = {
+    "/jre/lib/amd64/server/libjvm.so",
+    "/jre/lib/amd64/client/libjvm.so",
+    "/lib/amd64/server/libjvm.so",
+    "/lib/amd64/client/libjvm.so",
+};
+
+// Appended to "<home>/" when the home was derived from a java launcher.
+constexpr std::array<std::string_view, 4> kLauncherHomeCandidates = {
+    "jre/lib/amd64/server/libjvm.so",
+    "jre/lib/amd64/client/libjvm.so",
+    "lib/amd64/server/libjvm.so",
+    "lib/amd64/client/libjvm.so",
+};
+
+constexpr std::string_view kModernSuffix = "lib/server/libjvm.so";
+constexpr const char* kDefaultModernRuntime = "/usr/lib/jvm/default-java/lib/server/libjvm.so";
+
+// A link chain longer than this is given up, whatever the files say.
+constexpr int kMaxLinkHops = 64;
+
+// Emits one trace line built from `detail` pieces; costs nothing without a
+// trace.
+void note(const Trace* trace, std::string_view step,
+          std::initializer_list<std::string_view> detail) {
+    if (trace == nullptr || !*trace) return;
+    std::string text;
+    for (std::string_view piece : detail) text += piece;
+    (*trace)(step, text);
+}
+
+// Writes the concatenation of `parts` with its terminator into `buffer`
+// (kPathBuffer bytes) when it fits; otherwise leaves `buffer` alone.
+bool compose(char* buffer, std::initializer_list<std::string_view> parts) {
+    std::size_t length = 0;
+    for (std::string_view part : parts) length += part.size();
+    if (length >= kPathBuffer) return false;
+    char* out = buffer;
+    for (std::string_view part : parts) {
+        std::memcpy(out, part.data(), part.size());
+        out += part.size();
+    }
+    *out = '\0';
+    return true;
+}
+
+// The test every candidate must pass: it can be opened for reading. A FIFO
+// must not block the search, hence O_NONBLOCK.
+bool opensForReading(const char* path) {
+    int fd = ::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    if (fd < 0) return false;
+    ::close(fd);
+    return true;
+}
+
+std::string posixDirname(std::string path) {
+    return ::dirname(path.data());  // works on our copy; may return a constant "."
+}
+
+// The next token of `rest`, delimited by any of "=\n\r": delimiters before it
+// are skipped, so runs of them count as one. Empty when none is left.
+std::string_view nextToken(std::string_view& rest) {
+    std::size_t start = rest.find_first_not_of(kConfigDelimiters);
+    if (start == std::string_view::npos) {
+        rest = {};
+        return {};
+    }
+    rest.remove_prefix(start);
+    std::size_t end = std::min(rest.find_first_of(kConfigDelimiters), rest.size());
+    std::string_view token = rest.substr(0, end);
+    rest.remove_prefix(end);
+    return token;
+}
+
+std::string_view withoutLineEnd(std::string_view line) {
+    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
+    return line;
+}
+
+// Reads the configured runtime path, if any. A JVMPATH line replaces what an
+// earlier one gave; the first JVM64PATH line wins and ends the reading.
+std::optional<std::string> readConfig(const std::string& configPath, const Trace* trace) {
+    std::FILE* file = std::fopen(configPath.c_str(), "re");
+    note(trace, "config file", {configPath, file ? ": opened" : ": not readable, skipped"});
+    if (file == nullptr) return std::nullopt;
+
+    std::optional<std::string> value;
+    char line[kPathBuffer];  // a longer line arrives in several pieces
+    while (std::fgets(line, sizeof line, file) != nullptr) {
+        std::string_view rest(line);  // up to the first NUL byte, like any C string
+        std::string_view key = nextToken(rest);
+        std::string_view found = nextToken(rest);
+        std::string_view shown = withoutLineEnd(line);
+        if (found.empty()) {
+            note(trace, "config line", {"'", shown, "': no key and value, ignored"});
+        } else if (key == kKeyJvm64Path) {
+            value.emplace(found);
+            note(trace, "config line", {"'", shown, "': runtime path '", found, "', reading stops"});
+            break;
+        } else if (key == kKeyJvmPath) {
+            value.emplace(found);
+            note(trace, "config line", {"'", shown, "': runtime path '", found, "'"});
+        } else {
+            note(trace, "config line", {"'", shown, "': unknown key '", key, "', ignored"});
+        }
+    }
+    std::fclose(file);
+    return value;
+}
+
+std::optional<std::string> searchJavaHome(const Trace* trace) {
+    const char* home = std::getenv("JAVA_HOME");
+    if (home == nullptr) {
+        note(trace, "JAVA_HOME", {"unset"});
+        return std::nullopt;
+    }
+    note(trace, "JAVA_HOME", {"'", home, "'"});
+    char candidate[kPathBuffer];
+    for (std::string_view suffix : kJavaHomeSuffixes) {
+        if (!compose(candidate, {home, suffix})) {
+            note(trace, "JAVA_HOME candidate", {"$JAVA_HOME", suffix, ": too long, skipped"});
+            continue;
+        }
+        bool opened = opensForReading(candidate);
+        note(trace, "JAVA_HOME candidate", {candidate, opened ? ": opened" : ": cannot open"});
+        if (opened) return std::string(candidate);
+    }
+    return std::nullopt;
+}
+
+// `path` holds a regular java launcher: tries the library layouts under the
+// directory three levels above it, each candidate written into `path`.
+bool tryLauncherHome(char* path, const Trace* trace) {
+    std::string home = posixDirname(posixDirname(posixDirname(path)));
+    note(trace, "java home", {path, " -> ", home});
+    for (std::string_view relative : kLauncherHomeCandidates) {
+        if (!compose(path, {home, "/", relative})) {
+            note(trace, "candidate", {home, "/", relative, ": too long, skipped"});
+            continue;
+        }
+        bool opened = opensForReading(path);
+        note(trace, "candidate", {path, opened ? ": opened" : ": cannot open"});
+        if (opened) return true;
+    }
+    return false;
+}
+
+// One PATH entry: "<entry>/java", links followed one at a time with each link
+// text taken as it is (a relative text is relative to the working directory).
+bool searchPathEntry(std::string_view entry, char* path, const Trace* trace) {
+    if (!compose(path, {entry, "/java"})) {
+        note(trace, "PATH entry", {"'", entry, "': too long, skipped"});
+        return false;
+    }
+    note(trace, "PATH entry", {"'", entry, "': trying ", path});
+    for (int hops = 0;; ++hops) {
+        if (!opensForReading(path)) {
+            note(trace, "launcher", {path, ": cannot open, next entry"});
+            return false;
+        }
+        struct stat status;
+        if (::lstat(path, &status) != 0) {
+            note(trace, "launcher", {path, ": no status, next entry"});
+            return false;
+        }
+        if (S_ISREG(status.st_mode)) return tryLauncherHome(path, trace);
+        if (hops == kMaxLinkHops) {
+            note(trace, "launcher", {path, ": too many links, next entry"});
+            return false;
+        }
+        char target[kPathBuffer] = {};
+        ssize_t length = ::readlink(path, target, sizeof target);
+        if (length < 0) {
+            note(trace, "launcher", {path, ": neither a file nor a link, next entry"});
+            return false;
+        }
+        if (static_cast<std::size_t>(length) >= sizeof target) {
+            note(trace, "launcher", {path, ": link text too long, next entry"});
+            return false;
+        }
+        note(trace, "link", {path, " -> ", target});
+        std::memcpy(path, target, static_cast<std::size_t>(length) + 1);
+    }
+}
+
+// Calls `visit` for each non-empty entry of a copy of PATH; stops when it
+// returns true. False when PATH is unset or empty.
+template <typename Visit>
+bool forEachPathEntry(const Trace* trace, Visit visit) {
+    const char* value = std::getenv("PATH");
+    if (value == nullptr || *value == '\0') {
+        note(trace, "PATH", {value ? "empty" : "unset"});
+        return false;
+    }
+    note(trace, "PATH", {"'", value, "'"});
+    const std::string entries(value);
+    for (std::size_t start = 0; start <= entries.size();) {
+        std::size_t end = std::min(entries.find(':', start), entries.size());
+        std::string_view entry(entries.data() + start, end - start);
+        start = end + 1;
+        if (!entry.empty() && visit(entry)) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+std::string_view describe(Location::Source source) {
+    switch (source) {
+        case Location::Source::Config: return "configuration file";
+        case Location::Source::JavaHome: return "JAVA_HOME";
+        case Location::Source::Path: return "java on PATH";
+        case Location::Source::BareName: return "bare name for the dynamic loader";
+    }
+    return "unknown";
+}
+
+std::string ownLibraryFile() {
+    Dl_info info{};
+    if (::dladdr(reinterpret_cast<void*>(&velmora_findJavaInPath), &info) == 0 ||
+        info.dli_fname == nullptr) {
+        return {};
+    }
+    return info.dli_fname;
+}
+
+Location locate(std::string_view libraryFile, const Trace* trace) {
+    Location where;
+    std::size_t slash = libraryFile.rfind('/');
+    if (libraryFile.empty()) {
+        note(trace, "library file", {"unknown, no configuration file"});
+    } else if (slash == std::string_view::npos) {
+        note(trace, "library file", {"'", libraryFile, "' has no directory, no configuration file"});
+    } else if (slash >= kPathBuffer) {
+        note(trace, "library file", {"'", libraryFile, "': directory too long, no configuration file"});
+    } else {
+        where.libraryDir = libraryFile.substr(0, slash);
+        if (where.libraryDir.size() + kConfigFileName.size() < kPathBuffer) {
+            where.configPath = where.libraryDir + std::string(kConfigFileName);
+        }
+        note(trace, "library directory", {"'", where.libraryDir, "'"});
+        if (where.configPath.empty()) note(trace, "config file", {"path too long, skipped"});
+    }
+
+    auto choose = [&](std::string path, Location::Source source) {
+        where.runtimePath = std::move(path);
+        where.source = source;
+        note(trace, "runtime library", {where.runtimePath, " (", describe(source), ")"});
+        return where;
+    };
+
+    if (!where.configPath.empty()) {
+        if (auto configured = readConfig(where.configPath, trace)) {
+            return choose(std::move(*configured), Location::Source::Config);
+        }
+    }
+    if (auto fromHome = searchJavaHome(trace)) {
+        return choose(std::move(*fromHome), Location::Source::JavaHome);
+    }
+    char found[kPathBuffer] = {};
+    if (findJavaInPath(found, trace) == 0) return choose(found, Location::Source::Path);
+    return choose(kBareName, Location::Source::BareName);
+}
+
+int findJavaInPath(char* path, const Trace* trace) {
+    if (path == nullptr) return -1;
+    bool found = forEachPathEntry(
+        trace, [&](std::string_view entry) { return searchPathEntry(entry, path, trace); });
+    return found ? 0 : -1;
+}
+
+std::vector<std::string> modernRuntimeCandidates(const Trace* trace) {
+    std::vector<std::string> candidates;
+    auto add = [&](std::string candidate) {
+        if (std::find(candidates.begin(), candidates.end(), candidate) != candidates.end()) return;
+        note(trace, "modern candidate", {candidate});
+        candidates.push_back(std::move(candidate));
+    };
+    auto underHome = [](std::string home) {
+        if (home.empty() || home.back() != '/') home += '/';
+        return home + std::string(kModernSuffix);
+    };
+
+    const char* home = std::getenv("JAVA_HOME");
+    if (home != nullptr && *home != '\0') add(underHome(home));
+
+    forEachPathEntry(trace, [&](std::string_view entry) {
+        std::string launcher = std::string(entry) + "/java";
+        char* resolved = ::realpath(launcher.c_str(), nullptr);
+        if (resolved == nullptr) return false;
+        std::string real(resolved);
+        std::free(resolved);
+        struct stat status;
+        if (::stat(real.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+        note(trace, "launcher", {launcher, " -> ", real});
+        add(underHome(posixDirname(posixDirname(real))));
+        return false;
+    });
+
+    add(kDefaultModernRuntime);
+    return candidates;
+}
+
+}  // namespace velmora::runtime
+
+extern "C" __attribute__((visibility("default"))) int velmora_findJavaInPath(char* path) {
+    return velmora::runtime::findJavaInPath(path);
+}

@@ -1,0 +1,69 @@
+// Choosing the Java runtime library (libjvm.so) to load.
+//
+// Four sources are consulted in a fixed order and the first that yields a
+// path wins:
+//   1. VelmoraDLL.conf beside the library file (keys JVM64PATH and JVMPATH);
+//   2. the JAVA_HOME environment variable (four classic layouts under it);
+//   3. the java launcher found on PATH, links followed one at a time, from
+//      which a Java home three directories up is derived;
+//   4. the bare name "libjvm.so", left to the dynamic loader's search.
+// Nothing here fails: every branch ends with a path, and a path that cannot be
+// loaded shows up when start-up loads it. The environment is only read.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora::runtime {
+
+// Size of every path, configuration line and link text buffer, terminator
+// included: values of at most kPathBuffer - 1 bytes are supported.
+inline constexpr std::size_t kPathBuffer = 4096;
+
+// Receives one line per step of the search (for the diagnostics tool).
+// Every function takes it as a pointer that may be null; nothing is formatted
+// then.
+using Trace = std::function<void(std::string_view step, std::string_view detail)>;
+
+struct Location {
+    enum class Source { Config, JavaHome, Path, BareName };
+
+    // Directory of the library's own file; "" when the file is unknown, has
+    // no directory part, lies directly in "/", or the directory is too long.
+    std::string libraryDir;
+    // "<libraryDir>/VelmoraDLL.conf"; "" when no configuration file can be
+    // named (unknown file, no directory part, or the path would be too long).
+    std::string configPath;
+    // What to hand to dlopen.
+    std::string runtimePath;
+    Source source = Source::BareName;
+};
+
+// Short human-readable name of a source ("configuration file", ...).
+std::string_view describe(Location::Source source);
+
+// Path of the file that holds this library, as the dynamic loader names it;
+// "" when the loader cannot say.
+std::string ownLibraryFile();
+
+// Runs the whole search for a library file path as the loader reported it
+// ("" = unknown).
+Location locate(std::string_view libraryFile, const Trace* trace = nullptr);
+
+// The PATH search. `path` is a buffer of kPathBuffer bytes. Returns 0 with the
+// runtime library's path in `path`, or -1 with the last path tried left in
+// `path` (untouched when PATH is unset or holds no usable entry). A null
+// `path` gives -1.
+int findJavaInPath(char* path, const Trace* trace = nullptr);
+
+// Further guesses for runtimes that keep the library at lib/server/libjvm.so,
+// in order and without duplicates: $JAVA_HOME/lib/server/libjvm.so (JAVA_HOME
+// set and non-empty), then for each java launcher on PATH, fully resolved, the
+// directory two levels above it + /lib/server/libjvm.so, then the system's
+// default runtime. Existence is not checked; the caller tries each in turn.
+std::vector<std::string> modernRuntimeCandidates(const Trace* trace = nullptr);
+
+}  // namespace velmora::runtime

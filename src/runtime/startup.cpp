@@ -1,0 +1,151 @@
+#include "runtime/startup.hpp"
+
+#include <dlfcn.h>
+#include <jni.h>
+
+#include <cstdio>
+#include <string>
+
+#include "bridge/calls.hpp"
+#include "bridge/marshal.hpp"
+#include "bridge/state.hpp"
+#include "runtime/locator.hpp"
+
+namespace velmora::runtime {
+namespace {
+
+using CreateJavaVMFn = jint(JNICALL *)(JavaVM **, void **, void *);
+using GetDefaultArgsFn = jint(JNICALL *)(void *);
+using GetCreatedVMsFn = jint(JNICALL *)(JavaVM **, jsize, jsize *);
+
+struct InvocationApi {
+    CreateJavaVMFn create = nullptr;
+    GetDefaultArgsFn defaults = nullptr;
+    GetCreatedVMsFn created = nullptr;
+};
+
+// Prints the loader's pending error text, if any, and says whether there was one.
+bool reportLoaderError() {
+    const char *error = dlerror();
+    if (!error) return false;
+    std::puts(error);
+    std::fflush(stdout);
+    return true;
+}
+
+// Loads the located runtime library into jvmlibHandle. When the search ended
+// with the bare name and the loader cannot find it, the places where current
+// JDKs keep libjvm are tried before giving up with the bare name's error.
+bool loadRuntimeLibrary(const Location &location) {
+    dlerror();
+    ::jvmlibHandle = dlopen(location.runtimePath.c_str(), RTLD_LAZY);
+    const char *error = dlerror();
+    if (!error) return true;
+    const std::string bareNameError = error;
+    if (location.source == Location::Source::BareName) {
+        for (const std::string &candidate : modernRuntimeCandidates()) {
+            if (void *handle = dlopen(candidate.c_str(), RTLD_LAZY)) {
+                ::jvmlibHandle = handle;
+                dlerror();
+                return true;
+            }
+        }
+        dlerror();
+    }
+    std::puts(bareNameError.c_str());
+    std::fflush(stdout);
+    return false;
+}
+
+bool resolveInvocationApi(InvocationApi &api) {
+    void *lib = ::jvmlibHandle;
+    api.create = reinterpret_cast<CreateJavaVMFn>(dlsym(lib, "JNI_CreateJavaVM"));
+    if (reportLoaderError()) return false;
+    api.defaults = reinterpret_cast<GetDefaultArgsFn>(dlsym(lib, "JNI_GetDefaultJavaVMInitArgs"));
+    if (reportLoaderError()) return false;
+    api.created = reinterpret_cast<GetCreatedVMsFn>(dlsym(lib, "JNI_GetCreatedJavaVMs"));
+    return !reportLoaderError();
+}
+
+// Joins the machine already running in the process, or creates one.
+int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
+    JavaVM *machine = nullptr;
+    jsize count = 0;
+    JNIEnv *jenv = nullptr;
+    if (api.created(&machine, 1, &count) == JNI_OK && count >= 1) {
+        ::jvm = machine;
+        machine->AttachCurrentThread(reinterpret_cast<void **>(&jenv), nullptr);
+        if (machine->GetEnv(reinterpret_cast<void **>(&jenv), JNI_VERSION_1_4) != JNI_OK) {
+            ::env = nullptr;
+            return kNotInitialized;
+        }
+        ::env = jenv;
+        return kOk;
+    }
+    if (api.create(&machine, reinterpret_cast<void **>(&jenv), &args) != JNI_OK) {
+        ::env = nullptr;
+        return kNotInitialized;
+    }
+    ::jvm = machine;
+    ::env = jenv;
+    return kOk;
+}
+
+JNIEnv *attachAsStartupThread() {
+    JNIEnv *jenv = nullptr;
+    state::vm()->AttachCurrentThread(reinterpret_cast<void **>(&jenv), nullptr);
+    ::env = jenv;
+    return jenv;
+}
+
+}  // namespace
+
+std::string classPathOption(const std::string &dir) {
+    return "-Djava.class.path=" + dir + "/velmora.jar:" + dir + "/commons-codec-1.3.jar:" + dir + "/xmlrpc-2.0.jar";
+}
+
+int startUp() {
+    const Location location = locate(ownLibraryFile());
+    if (!loadRuntimeLibrary(location)) return kLibraryNotFound;
+    InvocationApi api;
+    if (!resolveInvocationApi(api)) return kLibraryNotFound;
+
+    std::string classPath = classPathOption(location.libraryDir);
+    JavaVMOption options[3] = {};
+    options[0].optionString = classPath.data();
+    options[1].optionString = const_cast<char *>("-Xmx128M");
+    options[2].optionString = const_cast<char *>("-Dcom.sun.management.jmxremote");
+    JavaVMInitArgs args{};
+    args.version = JNI_VERSION_1_4;
+    api.defaults(&args);
+    args.version = JNI_VERSION_1_4;
+    args.nOptions = 3;
+    args.options = options;
+    args.ignoreUnrecognized = JNI_TRUE;
+
+    if (!::env) {
+        if (const int status = joinOrCreate(api, args); status != kOk) return status;
+    } else {
+        attachAsStartupThread();
+    }
+
+    JNIEnv *jenv = state::startupEnv();
+    jclass management = jenv->FindClass(className(Target::Management));
+    if (!management) {
+        jenv->ExceptionClear();
+        JavaVM *machine = state::vm();
+        machine->DetachCurrentThread();
+        machine->DestroyJavaVM();
+        ::env = nullptr;
+        state::forgetMachineReferences();
+        return kMethodNotFound;
+    }
+    state::replaceGlobal(::cls, jenv, management);
+    jenv->DeleteLocalRef(management);
+    attachAsStartupThread();
+    return kOk;
+}
+
+}  // namespace velmora::runtime
+
+extern "C" VELMORA_API int velmora_initJava(void) { return velmora::runtime::startUp(); }

@@ -1,0 +1,15 @@
+// Start-up of the Java runtime: load libjvm, join or create the machine,
+// find the management class.
+#pragma once
+
+#include <string>
+
+namespace velmora::runtime {
+
+// The JavaVM option that puts the SDK jars of `libraryDir` on the class path.
+std::string classPathOption(const std::string &libraryDir);
+
+// velmora_initJava: 0, -22, -11 or -12.
+int startUp();
+
+}  // namespace velmora::runtime
