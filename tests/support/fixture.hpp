@@ -1,0 +1,43 @@
+// Fixtures for the integration suites: a started bridge with the SDK double
+// scripted to defaults and its journal empty.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include "support/sdk_control.hpp"
+#include "velmora.h"
+
+class Bridge : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(velmora_init(), 0);
+        sdk::reset();
+    }
+};
+
+// A started bridge with the peach wrapper fetched; `handle` is a peach handle.
+class PeachBridge : public Bridge {
+protected:
+    void SetUp() override {
+        Bridge::SetUp();
+        sdk::script("get", {"5"});
+        handle = velmora_peach_handle();
+        ASSERT_EQ(handle, 5);
+        sdk::reset();
+    }
+    int handle = 0;
+};
+
+// A caller buffer with its in/out length, preset with a marker so that
+// "untouched" can be asserted.
+struct Buffer {
+    explicit Buffer(std::size_t capacity) : len(capacity) { std::fill(std::begin(bytes), std::end(bytes), '#'); }
+    char bytes[256];
+    std::size_t len;
+    std::string text() const { return bytes; }
+    bool untouched() const { return bytes[0] == '#'; }
+};
