@@ -527,7 +527,9 @@ VELMORA_API int velmora_peach_setIntermediateResultHandler(int handle,
                                                            velmora_intermediate_callback callback);
 
 /* The native implementation of NativeFunctionCaller.func(String), called by
- * the JVM on the SDK's thread. Not for hosts to call. */
+ * the JVM on the SDK's thread: hands the text to the callback registered
+ * last. A null text, or any text while no callback is set, is dropped. Not
+ * for hosts to call. */
 VELMORA_API void velmora_peach_intermediate_callback(JNIEnv *jenv, jobject self, jstring text);
 
 #ifdef __cplusplus
