@@ -32,25 +32,29 @@ enum Status : int {
 
 // The source of the strings of one or two string lists: a va_list or an
 // array, read front to back (a second list continues where the first ended).
+// On this ABI a va_list parameter is a pointer into the caller's list, so
+// reading through it leaves the caller's va_list advanced past the strings.
+#if !defined(__x86_64__)
+#error "string lists read va_list as the x86-64 ABI passes it"
+#endif
+va_list &vaListLvalue();  // never defined: only its type is used
 class ListSource {
+    using VaPointer = decltype(&vaListLvalue()[0]);  // what a va_list parameter is on x86-64
+
 public:
     explicit ListSource(const char *const *array) : array_(array) {}
-    explicit ListSource(va_list ap) : fromVaList_(true) { va_copy(ap_, ap); }
-    ~ListSource() {
-        if (fromVaList_) va_end(ap_);
-    }
+    explicit ListSource(VaPointer ap) : ap_(ap) {}
     ListSource(const ListSource &) = delete;
     ListSource &operator=(const ListSource &) = delete;
 
     // Whether `total` strings can be read at all (a null array holds none).
-    bool canRead(long total) const { return total <= 0 || fromVaList_ || array_; }
-    const char *next() { return fromVaList_ ? va_arg(ap_, const char *) : array_[position_++]; }
+    bool canRead(long total) const { return total <= 0 || ap_ || array_; }
+    const char *next() { return ap_ ? va_arg(ap_, const char *) : array_[position_++]; }
 
 private:
     const char *const *array_ = nullptr;
     std::size_t position_ = 0;
-    bool fromVaList_ = false;
-    va_list ap_;
+    VaPointer ap_ = nullptr;
 };
 
 // A string list argument: `count` strings taken from `source`.

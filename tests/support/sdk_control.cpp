@@ -132,6 +132,15 @@ std::string lastCall() {
     fail(message);
 }
 
+bool lastArgumentCollected() {
+    return withSdk("lastArgumentCollected", [](JNIEnv *env, jclass cls, auto &check) {
+        jboolean collected =
+            env->CallStaticBooleanMethod(cls, method(env, cls, "lastArgumentCollected", "()Z", check));
+        check(true, "Sdk.lastArgumentCollected threw");
+        return collected == JNI_TRUE;
+    });
+}
+
 int instances() {
     return withSdk("instances", [](JNIEnv *env, jclass cls, auto &check) {
         jint count = env->CallStaticIntMethod(cls, method(env, cls, "instances", "()I", check));

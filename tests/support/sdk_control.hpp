@@ -48,6 +48,10 @@ std::vector<std::string> journal();
 // Throws std::runtime_error listing the entries when there is not exactly one.
 std::string lastCall();
 
+// Whether the last String or array argument that reached Java has been
+// garbage-collected (a leaked JNI local reference would keep it alive).
+bool lastArgumentCollected();
+
 // Number of ManagementImpl objects constructed since the last reset.
 int instances();
 

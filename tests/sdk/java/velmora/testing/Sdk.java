@@ -1,5 +1,7 @@
 package velmora.testing;
 
+import java.lang.ref.WeakReference;
+
 import java.util.ArrayList;
 import java.util.HashMap;
 import java.util.List;
@@ -41,6 +43,9 @@ public final class Sdk {
     private static final List<String> entries = new ArrayList<>();
     private static final Map<String, Script> scripts = new HashMap<>();
     private static int instances;
+    /** Benchmarks set -Dvelmora.sdk.quiet=true: nothing is journaled, defaults are returned. */
+    private static final boolean QUIET = Boolean.getBoolean("velmora.sdk.quiet");
+    private static volatile WeakReference<Object> lastArgument = new WeakReference<>(null);
     private static volatile IntermediateResultHandler handler;
 
     private Sdk() {
@@ -76,6 +81,20 @@ public final class Sdk {
     }
 
     /** Number of management objects constructed since the last reset. */
+    /**
+     * Whether the last object argument that reached the double (a String or an
+     * array the library made) has been garbage-collected: true once nothing,
+     * not even a forgotten JNI local reference, keeps it alive.
+     */
+    public static boolean lastArgumentCollected() throws InterruptedException {
+        WeakReference<Object> last = lastArgument;
+        for (int attempt = 0; attempt < 20 && last.get() != null; attempt++) {
+            System.gc();
+            Thread.sleep(10);
+        }
+        return last.get() == null;
+    }
+
     public static synchronized int instances() {
         return instances;
     }
@@ -222,6 +241,9 @@ public final class Sdk {
      * scripted outcome (null when unscripted); throws for "throw".
      */
     private static String record(char kind, Object[] args) {
+        if (QUIET) {
+            return null;
+        }
         StackWalker.StackFrame caller = WALKER.walk(frames -> frames
                 .filter(f -> !f.getClassName().equals(SELF) && !f.getClassName().startsWith(SELF + "$"))
                 .findFirst())
@@ -233,6 +255,13 @@ public final class Sdk {
         StringBuilder entry = new StringBuilder(name).append(descriptor);
         for (int k = 0; k < args.length; k++) {
             entry.append(k == 0 ? " " : ", ").append(render(args[k]));
+        }
+
+        for (int k = args.length - 1; k >= 0; k--) {
+            if (args[k] != null && !(args[k] instanceof Number) && !(args[k] instanceof Boolean)) {
+                lastArgument = new WeakReference<>(args[k]);
+                break;
+            }
         }
 
         String outcome;
