@@ -6,13 +6,9 @@ int indexedName(const CallRow &count, const CallRow &name, int handle, int *inde
                 std::size_t *len) {
     StringOut out(buf, len);
     if (!state::managementReady()) return kNotInitialized;
-    JNIEnv *e = state::attachCurrentThread();
-    if (!e) return kNotInitialized;
-    LocalFrame frame(e, 8);
-    if (!frame.pushed()) {
-        takeException(e);
-        return kJavaException;
-    }
+    CallScope scope(8);
+    if (const int status = scope.status(); status != kOk) return status;
+    JNIEnv *e = scope.env();
 
     jclass klass = state::managementClass();
     jmethodID countMethod = e->GetMethodID(klass, count.method, count.signature);

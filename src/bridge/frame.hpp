@@ -14,6 +14,7 @@
 #include <jni.h>
 
 #include <array>
+#include <optional>
 #include <cstdint>
 #include <string_view>
 #include <tuple>
@@ -59,6 +60,29 @@ inline bool takeException(JNIEnv *jenv) {
     jenv->ExceptionClear();
     return true;
 }
+
+// The start of every call once its guard has passed: the calling thread's
+// environment (attaching the thread) and a local frame for the call.
+// status() is 0, -11 when the thread cannot attach, or -13 when no frame
+// could be made.
+class CallScope {
+public:
+    explicit CallScope(jint capacity)
+        : env_(state::attachCurrentThread()), frame_(env_ ? std::optional<LocalFrame>(std::in_place, env_, capacity)
+                                                          : std::nullopt) {}
+    int status() const {
+        if (!env_) return kNotInitialized;
+        if (frame_->pushed()) return kOk;
+        takeException(env_);
+        return kJavaException;
+    }
+    JNIEnv *env() const { return env_; }
+    LocalFrame &frame() { return *frame_; }
+
+private:
+    JNIEnv *env_;
+    std::optional<LocalFrame> frame_;
+};
 
 // ---------------------------------------------------------------------------
 // Result policies, one per kind of Java result. Each names the return
@@ -226,13 +250,10 @@ typename std::remove_cvref_t<R>::Value forward(R &&result, A... args) {
                   "result policy does not match the row's JNI signature");
 
     if (!detail::ready<kTarget>()) return result.notInitialized();
-    JNIEnv *e = state::attachCurrentThread();
-    if (!e) return result.notInitialized();
-    LocalFrame frame(e, 2 * static_cast<jint>(sizeof...(A)) + 8);
-    if (!frame.pushed()) {
-        takeException(e);
-        return result.fail(kJavaException);
-    }
+    CallScope scope(2 * static_cast<jint>(sizeof...(A)) + 8);
+    if (const int status = scope.status(); status != kOk)
+        return status == kNotInitialized ? result.notInitialized() : result.fail(status);
+    JNIEnv *e = scope.env();
 
     jmethodID method = e->GetMethodID(detail::targetClass<kTarget>(), Row.method, Row.signature);
     if constexpr (kTarget == Target::Peach) e->ExceptionClear();
@@ -249,7 +270,7 @@ typename std::remove_cvref_t<R>::Value forward(R &&result, A... args) {
     }
 
     result.invoke(e, detail::targetObject<kTarget>(), method, values.data());
-    if constexpr (KeepsObject<std::remove_cvref_t<R>>) result.kept(frame.release(result.keep()));
+    if constexpr (KeepsObject<std::remove_cvref_t<R>>) result.kept(scope.frame().release(result.keep()));
     if (takeException(e)) return result.fail(kJavaException);
     return result.finish(e);
 }

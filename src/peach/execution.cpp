@@ -32,13 +32,9 @@ int newHandlerObject(JNIEnv *e, jobject *handler) {
 
 int registerHandler(int handle, velmora_intermediate_callback callback) {
     if (!state::peachReady()) return kNotInitialized;
-    JNIEnv *e = state::attachCurrentThread();
-    if (!e) return kNotInitialized;
-    LocalFrame frame(e, 8);
-    if (!frame.pushed()) {
-        takeException(e);
-        return kJavaException;
-    }
+    CallScope scope(8);
+    if (const int status = scope.status(); status != kOk) return status;
+    JNIEnv *e = scope.env();
 
     jobject handler = nullptr;
     if (const int status = newHandlerObject(e, &handler); status != kOk) return status;

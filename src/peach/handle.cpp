@@ -43,13 +43,9 @@ using namespace velmora;
 
 extern "C" VELMORA_API int velmora_peach_handle(void) {
     if (!state::managementReady()) return kNotInitialized;
-    JNIEnv *e = state::attachCurrentThread();
-    if (!e) return kNotInitialized;
-    LocalFrame frame(e, 8);
-    if (!frame.pushed()) {
-        takeException(e);
-        return kJavaException;
-    }
+    CallScope scope(8);
+    if (const int status = scope.status(); status != kOk) return status;
+    JNIEnv *e = scope.env();
 
     if (!state::peachClass() || !state::peachWrapper()) {
         if (const int status = fetchWrapper(e); status != kOk) return status;

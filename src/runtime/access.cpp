@@ -34,13 +34,9 @@ struct PluginResult {
 int systemProperty(const char *name, char *buf, std::size_t *len) {
     StringOut out(buf, len);
     if (!::env) return kNotInitialized;
-    JNIEnv *e = state::attachCurrentThread();
-    if (!e) return kNotInitialized;
-    LocalFrame frame(e, 8);
-    if (!frame.pushed()) {
-        takeException(e);
-        return kJavaException;
-    }
+    CallScope scope(8);
+    if (const int status = scope.status(); status != kOk) return status;
+    JNIEnv *e = scope.env();
     jclass system = e->FindClass(className(calls::getProperty.target));
     jmethodID method =
         system ? e->GetStaticMethodID(system, calls::getProperty.method, calls::getProperty.signature) : nullptr;

@@ -1,5 +1,6 @@
-/* A C11 host compiled with every warning as an error against the public
- * header: the declarations must be valid C, and jni.h may come first. */
+/* A host compiled with every warning as an error against the public header,
+ * once as C11 and once as C++: the declarations must be valid in both, with
+ * jni.h included before or after. */
 #ifdef VELMORA_HOST_JNI_FIRST
 #include <jni.h>
 #endif

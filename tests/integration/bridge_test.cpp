@@ -174,9 +174,9 @@ TEST_F(Bridge, StringResultRules) {
     EXPECT_EQ(velmora_getJavaSystemProperty("com.sun.management.jmxremote", empty.bytes, &empty.len), 0);
     EXPECT_EQ(empty.len, 1u);
     EXPECT_EQ(empty.text(), "");
-    Buffer version(2);
-    EXPECT_EQ(velmora_getJavaSystemProperty("java.specification.version", version.bytes, &version.len), -23);
-    EXPECT_EQ(version.len, 3u);  // "17" or "25" and the NUL
+    Buffer version(4);
+    EXPECT_EQ(velmora_getJavaSystemProperty("java.class.version", version.bytes, &version.len), -23);
+    EXPECT_EQ(version.len, 5u);  // "61.0" (or "69.0") and the NUL
     EXPECT_EQ(velmora_getJavaSystemProperty(nullptr, version.bytes, &version.len), VELMORA_STATUS_JAVA_EXCEPTION);
 
     // Supplementary characters come back in modified UTF-8 (6 bytes each).
