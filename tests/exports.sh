@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# The library exports exactly the functions the header declares and the eight
+# data symbols of the bridge state; it has its SONAME and no link to libjvm.
+set -euo pipefail
+header=$1 library=$2
+declared=$( (grep -oE 'velmora_[A-Za-z0-9_]+\s*\(' "$header" | sed 's/\s*(//';
+             printf '%s\n' jvm env cls sgc pwcls pwobj jvmlibHandle velmora_peach_intermediate_callback_fun) | sort -u)
+exported=$(nm -D --defined-only "$library" | awk '$2 != "A" {print $3}' | sed 's/@.*//' | sort -u)
+if [ "$declared" != "$exported" ]; then
+  diff <(echo "$declared") <(echo "$exported") | sed 's/^</declared, not exported:/; s/^>/exported, not declared:/'
+  exit 1
+fi
+readelf -d "$library" | grep -q 'Library soname: \[libvelmora.so.1\]' || { echo "SONAME is not libvelmora.so.1"; exit 1; }
+if readelf -d "$library" | grep NEEDED | grep -q jvm; then echo "links libjvm"; exit 1; fi
+nm -D --defined-only "$library" | awk '$2 == "B" || $2 == "D"' | while read -r _ type name; do
+  size=$(nm -D -S --defined-only "$library" | awk -v n="$name" '$4 == n {print $2}')
+  [ "$((16#$size))" -eq 8 ] || { echo "$name is $size bytes"; exit 1; }
+done
+echo "exports: $(echo "$exported" | wc -l) symbols as declared"
