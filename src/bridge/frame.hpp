@@ -14,8 +14,8 @@
 #include <jni.h>
 
 #include <array>
-#include <optional>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <tuple>
 #include <type_traits>
@@ -287,6 +287,24 @@ template <const CallRow &Row, class... A> std::int64_t forwardLong(A... args) {
 }
 template <const CallRow &Row, class... A> int forwardVoid(A... args) {
     return forward<Row>(VoidResult{}, args...);
+}
+
+namespace detail {
+// The result policy of a row that returns a plain value (int, boolean, long
+// or nothing).
+template <const CallRow &Row> auto valueResult() {
+    constexpr std::string_view returns = returnDescriptor(Row);
+    if constexpr (returns == IntResult::kReturns) return IntResult{};
+    else if constexpr (returns == BoolResult::kReturns) return BoolResult{};
+    else if constexpr (returns == LongResult::kReturns) return LongResult{};
+    else return VoidResult{};
+}
+}  // namespace detail
+
+// A call whose last Java argument is one string list: `count` strings read
+// from `source` (a va_list or an array), after the `leading` arguments.
+template <const CallRow &Row, class... Leading> auto forwardList(ListSource &&source, int count, Leading... leading) {
+    return forward<Row>(detail::valueResult<Row>(), leading..., StringList{count, &source});
 }
 
 // One name of an indexed collection per call: `Count` "(I)I" gives the size,

@@ -7,12 +7,10 @@ using namespace velmora;
 extern "C" {
 
 VELMORA_API int velmora_peach2(int count, va_list strings) {
-    ListSource src(strings);
-    return forwardInt<calls::peach>(StringList{count, &src});
+    return forwardList<calls::peach>(ListSource(strings), count);
 }
 VELMORA_API int velmora_peach3(int count, const char **list) {
-    ListSource src(list);
-    return forwardInt<calls::peach>(StringList{count, &src});
+    return forwardList<calls::peach>(ListSource(list), count);
 }
 VELMORA_API int velmora_peach(int count, ...) { VELMORA_WITH_VA_LIST(count, velmora_peach2(count, strings)); }
 

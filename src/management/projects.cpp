@@ -13,61 +13,51 @@ extern "C" {
 
 VELMORA_API int velmora_createProject2(int handle, int second, const char *text, int count,
                                        va_list strings) {
-    ListSource src(strings);
-    return forwardInt<calls::createProject>(handle, second, text, StringList{count, &src});
+    return forwardList<calls::createProject>(ListSource(strings), count, handle, second, text);
 }
 VELMORA_API int velmora_createProject3(int handle, int second, const char *text, int count,
                                        const char **list) {
-    ListSource src(list);
-    return forwardInt<calls::createProject>(handle, second, text, StringList{count, &src});
+    return forwardList<calls::createProject>(ListSource(list), count, handle, second, text);
 }
 VELMORA_API int velmora_createProject(int handle, int second, const char *text, int count, ...) {
     VELMORA_WITH_VA_LIST(count, velmora_createProject2(handle, second, text, count, strings));
 }
 
 VELMORA_API int velmora_setProjectParams2(int handle, int count, va_list strings) {
-    ListSource src(strings);
-    return forwardInt<calls::setProjectParams>(handle, StringList{count, &src});
+    return forwardList<calls::setProjectParams>(ListSource(strings), count, handle);
 }
 VELMORA_API int velmora_setProjectParams3(int handle, int count, const char **list) {
-    ListSource src(list);
-    return forwardInt<calls::setProjectParams>(handle, StringList{count, &src});
+    return forwardList<calls::setProjectParams>(ListSource(list), count, handle);
 }
 VELMORA_API int velmora_setProjectParams(int handle, int count, ...) {
     VELMORA_WITH_VA_LIST(count, velmora_setProjectParams2(handle, count, strings));
 }
 
 VELMORA_API int velmora_createProjectJobs2(int handle, int count, va_list strings) {
-    ListSource src(strings);
-    return forwardInt<calls::createProjectJobs>(handle, StringList{count, &src});
+    return forwardList<calls::createProjectJobs>(ListSource(strings), count, handle);
 }
 VELMORA_API int velmora_createProjectJobs3(int handle, int count, const char **list) {
-    ListSource src(list);
-    return forwardInt<calls::createProjectJobs>(handle, StringList{count, &src});
+    return forwardList<calls::createProjectJobs>(ListSource(list), count, handle);
 }
 VELMORA_API int velmora_createProjectJobs(int handle, int count, ...) {
     VELMORA_WITH_VA_LIST(count, velmora_createProjectJobs2(handle, count, strings));
 }
 
 VELMORA_API int velmora_createJob2(int handle, int count, va_list strings) {
-    ListSource src(strings);
-    return forwardInt<calls::createJob>(handle, StringList{count, &src});
+    return forwardList<calls::createJob>(ListSource(strings), count, handle);
 }
 VELMORA_API int velmora_createJob3(int handle, int count, const char **list) {
-    ListSource src(list);
-    return forwardInt<calls::createJob>(handle, StringList{count, &src});
+    return forwardList<calls::createJob>(ListSource(list), count, handle);
 }
 VELMORA_API int velmora_createJob(int handle, int count, ...) {
     VELMORA_WITH_VA_LIST(count, velmora_createJob2(handle, count, strings));
 }
 
 VELMORA_API int velmora_createCachedJob2(int handle, int count, va_list strings) {
-    ListSource src(strings);
-    return forwardInt<calls::createCachedJob>(handle, StringList{count, &src});
+    return forwardList<calls::createCachedJob>(ListSource(strings), count, handle);
 }
 VELMORA_API int velmora_createCachedJob3(int handle, int count, const char **list) {
-    ListSource src(list);
-    return forwardInt<calls::createCachedJob>(handle, StringList{count, &src});
+    return forwardList<calls::createCachedJob>(ListSource(list), count, handle);
 }
 VELMORA_API int velmora_createCachedJob(int handle, int count, ...) {
     VELMORA_WITH_VA_LIST(count, velmora_createCachedJob2(handle, count, strings));

@@ -5,24 +5,6 @@
 
 using namespace velmora;
 
-namespace {
-
-// The two forms of a list function: the strings of the variadic form come as
-// a va_list, those of the `3` form as an array. Texts that precede the list
-// in Java (the directory) come after the list source here.
-template <const CallRow &Row, class... Leading>
-int fromVaList(int handle, int count, va_list strings, Leading... leading) {
-    ListSource source(strings);
-    return forwardVoid<Row>(handle, leading..., StringList{count, &source});
-}
-template <const CallRow &Row, class... Leading>
-int fromArray(int handle, int count, const char **list, Leading... leading) {
-    ListSource source(list);
-    return forwardVoid<Row>(handle, leading..., StringList{count, &source});
-}
-
-}  // namespace
-
 extern "C" {
 
 // ---- source files ---------------------------------------------------------
@@ -94,24 +76,24 @@ VELMORA_API int velmora_peach_setJobSkipDigest(int handle, unsigned char flag) {
 }
 
 VELMORA_API int velmora_peach_setJobFileNames(int handle, int count, ...) {
-    VELMORA_WITH_VA_LIST(count, fromVaList<calls::peach_setJobFileNames>(handle, count, strings));
+    VELMORA_WITH_VA_LIST(count, forwardList<calls::peach_setJobFileNames>(ListSource(strings), count, handle));
 }
 VELMORA_API int velmora_peach_setJobFileNames3(int handle, int count, const char **list) {
-    return fromArray<calls::peach_setJobFileNames>(handle, count, list);
+    return forwardList<calls::peach_setJobFileNames>(ListSource(list), count, handle);
 }
 
 VELMORA_API int velmora_peach_addJobFile(int handle, int count, ...) {
-    VELMORA_WITH_VA_LIST(count, fromVaList<calls::peach_addJobFile>(handle, count, strings));
+    VELMORA_WITH_VA_LIST(count, forwardList<calls::peach_addJobFile>(ListSource(strings), count, handle));
 }
 VELMORA_API int velmora_peach_addJobFile3(int handle, int count, const char **list) {
-    return fromArray<calls::peach_addJobFile>(handle, count, list);
+    return forwardList<calls::peach_addJobFile>(ListSource(list), count, handle);
 }
 
 VELMORA_API int velmora_peach_addJobFileWithDir(int handle, const char *dir, int count, ...) {
-    VELMORA_WITH_VA_LIST(count, fromVaList<calls::peach_addJobFileWithDir>(handle, count, strings, dir));
+    VELMORA_WITH_VA_LIST(count, forwardList<calls::peach_addJobFileWithDir>(ListSource(strings), count, handle, dir));
 }
 VELMORA_API int velmora_peach_addJobFileWithDir3(int handle, const char *dir, int count, const char **list) {
-    return fromArray<calls::peach_addJobFileWithDir>(handle, count, list, dir);
+    return forwardList<calls::peach_addJobFileWithDir>(ListSource(list), count, handle, dir);
 }
 
 VELMORA_API int velmora_peach_putJobExtras(int handle, const char *text1, const char *text2) {
