@@ -3,6 +3,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <jni.h>
 
 #include <algorithm>
 #include <iterator>
@@ -10,6 +11,13 @@
 
 #include "support/sdk_control.hpp"
 #include "velmora.h"
+
+// The calling thread's own JNI environment (null when it is not attached).
+inline JNIEnv *threadEnv() {
+    JNIEnv *e = nullptr;
+    JavaVM *vm = velmora_getJavaVM();
+    return vm && vm->GetEnv(reinterpret_cast<void **>(&e), JNI_VERSION_1_6) == JNI_OK ? e : nullptr;
+}
 
 class Bridge : public ::testing::Test {
 protected:

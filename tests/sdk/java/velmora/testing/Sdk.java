@@ -1,105 +1,81 @@
 package velmora.testing;
 
 import java.lang.ref.WeakReference;
-
 import java.util.ArrayList;
 import java.util.HashMap;
 import java.util.List;
 import java.util.Map;
-import java.util.concurrent.CountDownLatch;
 import java.util.concurrent.atomic.AtomicInteger;
-import java.util.concurrent.atomic.AtomicReference;
 import velmora.user.IntermediateResultHandler;
 
 /**
- * Journal and script of the SDK test double.
+ * Journal and script of the SDK test double. Every generated method calls one
+ * recorder ({@link #i}, {@link #j}, {@link #z}, {@link #s}, {@link #v}, {@link #o})
+ * with its name and JNI descriptor and its arguments; the journal entry is
+ * that key followed by the rendered arguments:
  *
- * <p>Every method of the double is one call of a recorder ({@link #i}, {@link #z},
- * {@link #j}, {@link #s}, {@link #v}, {@link #o}). The recorder identifies its
- * caller by walking the stack, so the journal shows the name and JNI descriptor
- * of the overload that was really invoked, followed by the rendered arguments:
+ * <pre>createJob(I[Ljava/lang/String;)I 7, ["a", null]</pre>
  *
- * <pre>createJob(I[Ljava/lang/String;)I 7, ["a", "b"]</pre>
+ * int and long in decimal, boolean as true/false, a String quoted (newline and
+ * carriage return as \n and \r), a String[] as ["a", "b"], null as null, any
+ * other object by the simple name of its class.
  *
- * Rendering: int and long in decimal, boolean as true/false, a String in double
- * quotes (newline and carriage return written as \n and \r so that an entry is
- * one line), a String[] as ["a", "b"], null as null, any other object as the
- * simple name of its class.
- *
- * <p>Outcomes are scripted per method name or per name+descriptor (the latter
- * wins). A script is a queue: each call takes the next outcome, the last one
- * stays in force. "throw" throws a RuntimeException; "null" returns null from a
- * String or object method; any other text is parsed by the return type (int,
- * long, true/false, a String verbatim) and ignored by void methods. Methods
- * without a script return 0, false, null or nothing; the object methods return
- * their natural object.
- *
- * <p>The control methods are called by the native tests through JNI.
+ * <p>Outcomes are scripted per name or per name+descriptor (which wins), one per
+ * call, the last staying in force: "throw" throws a RuntimeException, "null"
+ * returns null from a String or object method, anything else is parsed by the
+ * result type. Unscripted methods return 0, false, null or their natural object.
+ * An IntermediateResultHandler argument becomes the handler {@link #fire} uses.
+ * The constructors count themselves and can be scripted to throw ("<init>").
  */
 public final class Sdk {
-    private static final String SELF = Sdk.class.getName();
-    private static final StackWalker WALKER = StackWalker.getInstance(StackWalker.Option.RETAIN_CLASS_REFERENCE);
-
-    private static final List<String> entries = new ArrayList<>();
-    private static final Map<String, Script> scripts = new HashMap<>();
-    private static int instances;
     /** Benchmarks set -Dvelmora.sdk.quiet=true: nothing is journaled, defaults are returned. */
     private static final boolean QUIET = Boolean.getBoolean("velmora.sdk.quiet");
+    private static final List<String> entries = new ArrayList<>();
+    private static final Map<String, String[]> scripts = new HashMap<>();
+    private static final Map<String, Integer> taken = new HashMap<>();
+    private static int instances;
     private static volatile WeakReference<Object> lastArgument = new WeakReference<>(null);
     private static volatile IntermediateResultHandler handler;
 
     private Sdk() {
     }
 
-    // ---- control -------------------------------------------------------
-
-    /** Forgets journal, scripts, the instance count and the registered result handler. */
     public static synchronized void reset() {
         entries.clear();
         scripts.clear();
+        taken.clear();
         instances = 0;
         handler = null;
     }
 
-    /**
-     * Scripts the outcomes of the method {@code key} ("createJob" or
-     * "createJob(I[Ljava/lang/String;)I"). No outcomes removes the script.
-     */
     public static synchronized void script(String key, String... outcomes) {
-        if (outcomes == null || outcomes.length == 0) {
+        taken.remove(key);
+        if (outcomes.length == 0) {
             scripts.remove(key);
         } else {
-            scripts.put(key, new Script(outcomes.clone()));
+            scripts.put(key, outcomes.clone());
         }
     }
 
-    /** All entries recorded since the last reset or read, one per line; clears them. */
     public static synchronized String journal() {
         String text = String.join("\n", entries);
         entries.clear();
         return text;
     }
 
-    /** Number of management objects constructed since the last reset. */
-    /**
-     * Whether the last object argument that reached the double (a String or an
-     * array the library made) has been garbage-collected: true once nothing,
-     * not even a forgotten JNI local reference, keeps it alive.
-     */
-    public static boolean lastArgumentCollected() throws InterruptedException {
-        WeakReference<Object> last = lastArgument;
-        for (int attempt = 0; attempt < 20 && last.get() != null; attempt++) {
-            System.gc();
-            Thread.sleep(10);
-        }
-        return last.get() == null;
-    }
-
     public static synchronized int instances() {
         return instances;
     }
 
-    /** Delivers one intermediate result to the registered handler on the calling thread. */
+    /** Whether the last String or array argument has been garbage-collected. */
+    public static boolean lastArgumentCollected() throws InterruptedException {
+        for (int attempt = 0; attempt < 20 && lastArgument.get() != null; attempt++) {
+            System.gc();
+            Thread.sleep(10);
+        }
+        return lastArgument.get() == null;
+    }
+
     public static void fire(String text) {
         IntermediateResultHandler current = handler;
         if (current == null) {
@@ -108,226 +84,116 @@ public final class Sdk {
         current.func(text);
     }
 
-    /**
-     * Delivers {@code perThread} results from each of {@code threads} new threads,
-     * text prefix + thread + ":" + index, reading the registered handler anew for
-     * every delivery. Returns the number of results delivered (a result finding no
-     * handler is skipped); a failure inside a handler is rethrown after all joined.
-     */
-    public static int fireConcurrently(int threads, int perThread, String prefix)
-            throws InterruptedException {
+    /** perThread results from each of `threads` new threads; returns how many were delivered. */
+    public static int fireConcurrently(int threads, int perThread, String prefix) throws InterruptedException {
         AtomicInteger delivered = new AtomicInteger();
-        AtomicReference<Throwable> failure = new AtomicReference<>();
-        CountDownLatch start = new CountDownLatch(1);
         Thread[] workers = new Thread[threads];
         for (int t = 0; t < threads; t++) {
             String threadPrefix = prefix + t + ":";
             workers[t] = new Thread(() -> {
-                try {
-                    start.await();
-                    for (int i = 0; i < perThread; i++) {
-                        IntermediateResultHandler current = handler;
-                        if (current != null) {
-                            current.func(threadPrefix + i);
-                            delivered.incrementAndGet();
-                        }
+                for (int i = 0; i < perThread; i++) {
+                    IntermediateResultHandler current = handler;
+                    if (current != null) {
+                        current.func(threadPrefix + i);
+                        delivered.incrementAndGet();
                     }
-                } catch (Throwable e) {
-                    failure.compareAndSet(null, e);
                 }
-            }, "sdk-result-" + t);
+            });
             workers[t].start();
         }
-        start.countDown();
         for (Thread worker : workers) {
             worker.join();
-        }
-        if (failure.get() != null) {
-            throw new IllegalStateException("intermediate result delivery failed", failure.get());
         }
         return delivered.get();
     }
 
-    // ---- hooks of the double -------------------------------------------
+    // ---- recorders of the generated methods ----------------------------
 
-    /** Counts one management object construction. */
-    public static synchronized void constructed() {
-        instances++;
-    }
-
-    public static int i(Object... args) {
-        String outcome = record('I', args);
-        if (outcome == null) {
-            return 0;
+    public static void constructed() {
+        synchronized (Sdk.class) {
+            instances++;
         }
-        try {
-            return Integer.parseInt(outcome);
-        } catch (NumberFormatException e) {
-            throw badOutcome(outcome);
+        if ("throw".equals(outcome("<init>"))) {
+            throw new RuntimeException("scripted failure in <init>");
         }
     }
 
-    public static long j(Object... args) {
-        String outcome = record('J', args);
-        if (outcome == null) {
-            return 0L;
-        }
-        try {
-            return Long.parseLong(outcome);
-        } catch (NumberFormatException e) {
-            throw badOutcome(outcome);
+    public static int i(String key, Object... args) {
+        String outcome = record(key, args);
+        return outcome == null ? 0 : Integer.parseInt(outcome);
+    }
+
+    public static long j(String key, Object... args) {
+        String outcome = record(key, args);
+        return outcome == null ? 0L : Long.parseLong(outcome);
+    }
+
+    public static boolean z(String key, Object... args) {
+        return "true".equals(record(key, args));
+    }
+
+    public static String s(String key, Object... args) {
+        String outcome = record(key, args);
+        return "null".equals(outcome) ? null : outcome;
+    }
+
+    public static void v(String key, Object... args) {
+        record(key, args);
+        for (Object arg : args) {
+            if (arg instanceof IntermediateResultHandler) {
+                handler = (IntermediateResultHandler) arg;
+            }
         }
     }
 
-    public static boolean z(Object... args) {
-        String outcome = record('Z', args);
-        if (outcome == null || outcome.equals("false")) {
-            return false;
-        }
-        if (outcome.equals("true")) {
-            return true;
-        }
-        throw badOutcome(outcome);
+    public static <T> T o(T natural, String key, Object... args) {
+        return "null".equals(record(key, args)) ? null : natural;
     }
 
-    public static String s(Object... args) {
-        String outcome = record('S', args);
-        return outcome == null || outcome.equals("null") ? null : outcome;
-    }
-
-    public static void v(Object... args) {
-        record('V', args);
-    }
-
-    /** Object result: {@code natural} unless scripted to "null" (or "throw"). */
-    public static <T> T o(T natural, Object... args) {
-        String outcome = record('L', args);
-        if (outcome == null) {
-            return natural;
-        }
-        if (outcome.equals("null")) {
+    private static synchronized String outcome(String key) {
+        String name = key.substring(0, key.indexOf('(') < 0 ? key.length() : key.indexOf('('));
+        String chosen = scripts.containsKey(key) ? key : name;
+        String[] script = scripts.get(chosen);
+        if (script == null) {
             return null;
         }
-        throw badOutcome(outcome);
+        int next = taken.merge(chosen, 1, Integer::sum) - 1;
+        return script[Math.min(next, script.length - 1)];
     }
 
-    /** setIntermediateResultHandler: records, applies the script, then keeps the handler. */
-    public static void handler(int handle, IntermediateResultHandler resultHandler) {
-        record('V', new Object[] {handle, resultHandler});
-        handler = resultHandler;
-    }
-
-    // ---- recording -----------------------------------------------------
-
-    private static final class Script {
-        private final String[] outcomes;
-        private int next;
-
-        Script(String[] outcomes) {
-            this.outcomes = outcomes;
-        }
-
-        String take() {
-            String outcome = outcomes[Math.min(next, outcomes.length - 1)];
-            if (next < outcomes.length) {
-                next++;
-            }
-            return outcome;
-        }
-    }
-
-    /**
-     * Journals the call of the method that called the recorder and returns its
-     * scripted outcome (null when unscripted); throws for "throw".
-     */
-    private static String record(char kind, Object[] args) {
+    private static String record(String key, Object[] args) {
         if (QUIET) {
             return null;
         }
-        StackWalker.StackFrame caller = WALKER.walk(frames -> frames
-                .filter(f -> !f.getClassName().equals(SELF) && !f.getClassName().startsWith(SELF + "$"))
-                .findFirst())
-                .orElseThrow(() -> new IllegalStateException("recorder called without a caller"));
-        String name = caller.getMethodName();
-        String descriptor = caller.getDescriptor();
-        checkKind(kind, name, descriptor);
-
-        StringBuilder entry = new StringBuilder(name).append(descriptor);
+        StringBuilder entry = new StringBuilder(key);
         for (int k = 0; k < args.length; k++) {
             entry.append(k == 0 ? " " : ", ").append(render(args[k]));
-        }
-
-        for (int k = args.length - 1; k >= 0; k--) {
-            if (args[k] != null && !(args[k] instanceof Number) && !(args[k] instanceof Boolean)) {
+            if (args[k] instanceof String || args[k] instanceof String[]) {
                 lastArgument = new WeakReference<>(args[k]);
-                break;
             }
         }
-
-        String outcome;
         synchronized (Sdk.class) {
             entries.add(entry.toString());
-            Script script = scripts.get(name + descriptor);
-            if (script == null) {
-                script = scripts.get(name);
-            }
-            outcome = script == null ? null : script.take();
         }
+        String outcome = outcome(key);
         if ("throw".equals(outcome)) {
-            throw new RuntimeException("scripted failure in " + name);
+            throw new RuntimeException("scripted failure in " + key.substring(0, key.indexOf('(')));
         }
         return outcome;
     }
 
-    /** Guards the double itself against a method delegating to the wrong recorder. */
-    private static void checkKind(char kind, String name, String descriptor) {
-        String result = descriptor.substring(descriptor.indexOf(')') + 1);
-        boolean fits;
-        switch (kind) {
-            case 'S':
-                fits = result.equals("Ljava/lang/String;");
-                break;
-            case 'L':
-                fits = (result.startsWith("L") || result.startsWith("[")) && !result.equals("Ljava/lang/String;");
-                break;
-            default:
-                fits = result.equals(String.valueOf(kind));
-                break;
-        }
-        if (!fits) {
-            throw new AssertionError("recorder kind " + kind + " used by " + name + descriptor);
-        }
-    }
-
-    private static IllegalStateException badOutcome(String outcome) {
-        StackWalker.StackFrame caller = WALKER.walk(frames -> frames
-                .filter(f -> !f.getClassName().equals(SELF)).findFirst()).orElse(null);
-        String where = caller == null ? "?" : caller.getMethodName() + caller.getDescriptor();
-        return new IllegalStateException("scripted outcome \"" + outcome + "\" does not fit " + where);
-    }
-
     private static String render(Object value) {
-        if (value == null) {
-            return "null";
-        }
         if (value instanceof String) {
-            return quote((String) value);
+            return '"' + ((String) value).replace("\n", "\\n").replace("\r", "\\r") + '"';
         }
         if (value instanceof String[]) {
-            StringBuilder out = new StringBuilder("[");
-            String[] list = (String[]) value;
-            for (int k = 0; k < list.length; k++) {
-                out.append(k == 0 ? "" : ", ").append(list[k] == null ? "null" : quote(list[k]));
+            List<String> items = new ArrayList<>();
+            for (String item : (String[]) value) {
+                items.add(render(item));
             }
-            return out.append(']').toString();
+            return "[" + String.join(", ", items) + "]";
         }
-        if (value instanceof Integer || value instanceof Long || value instanceof Boolean) {
-            return value.toString();
-        }
-        return value.getClass().getSimpleName();
-    }
-
-    private static String quote(String text) {
-        return '"' + text.replace("\n", "\\n").replace("\r", "\\r") + '"';
+        return value == null || value instanceof Number || value instanceof Boolean ? String.valueOf(value)
+                : value.getClass().getSimpleName();
     }
 }

@@ -1,0 +1,106 @@
+// The passes over the table of every forwarding function: each reaches its
+// Java overload with its arguments and delivers the result; a throwing method
+// is -13 with no output; an exception the host left pending is no failure;
+// before start-up everything is -11; with the methods missing (the bare SDK
+// executable) everything is -12. No pass leaves an exception pending.
+#include <set>
+
+#include "tables/forwarders.hpp"
+
+namespace {
+
+void expectUntouched(const Buffer &b, const char *function) {
+    EXPECT_TRUE(b.untouched()) << function;
+    EXPECT_EQ(b.len, 64u) << function;
+}
+
+#ifndef VELMORA_TEST_BARE_SDK
+
+std::vector<std::string> lines(const table::Row &row) {
+    std::vector<std::string> out;
+    for (const table::Reached &r : row.reached) out.push_back(r.line);
+    return out;
+}
+
+std::string key(const std::string &line) { return line.substr(0, line.find(' ')); }
+
+// Every row reaches Java as the table says; `before` runs on the calling
+// thread just ahead of each call.
+void expectReached(const std::function<void()> &before, const std::string &skip = "") {
+    for (const table::Row &row : table::forwarders()) {
+        if (row.function == skip) continue;
+        for (const table::Reached &r : row.reached) sdk::script(key(r.line), {r.outcome});
+        Buffer b(64);
+        before();
+        EXPECT_EQ(row.call(b), row.result) << row.function;
+        EXPECT_FALSE(threadEnv()->ExceptionCheck()) << row.function;
+        EXPECT_EQ(sdk::journal(), lines(row)) << row.function;
+        if (row.text) {
+            EXPECT_EQ(b.text(), row.text) << row.function;
+            EXPECT_EQ(b.len, std::string(row.text).size() + 1) << row.function;
+        } else {
+            expectUntouched(b, row.function);
+        }
+    }
+}
+
+class Forwarding : public PeachBridge {};
+
+TEST_F(Forwarding, EveryFunctionReachesItsOverloadAndDeliversItsResult) {
+    expectReached([] {});
+}
+
+// The host's own pending exception is discarded, not blamed on the call: the
+// method still runs once and its result comes back (a retry would repeat it).
+// The handler registration is the exception: it reads a pending exception as
+// its handler object's failure (-13) before Java is called.
+TEST_F(Forwarding, AnExceptionLeftPendingByTheHostIsNoFailure) {
+    expectReached([] { threadEnv()->ThrowNew(threadEnv()->FindClass("java/lang/IllegalStateException"), "host"); },
+                  "peach_setIntermediateResultHandler");
+}
+
+TEST_F(Forwarding, AThrowingMethodIs13WithNoOutputAndNothingPending) {
+    for (const table::Row &row : table::forwarders()) {
+        for (const table::Reached &r : row.reached) sdk::script(key(r.line), {"throw"});
+        Buffer b(64);
+        EXPECT_EQ(row.call(b), int64_t{VELMORA_STATUS_JAVA_EXCEPTION}) << row.function;
+        EXPECT_FALSE(threadEnv()->ExceptionCheck()) << row.function;
+        EXPECT_EQ(sdk::journal(), std::vector<std::string>{row.reached.front().line}) << row.function;
+        expectUntouched(b, row.function);
+    }
+}
+
+// No start-up: -11 everywhere, nothing written (the not-initialised text of
+// two functions has a table of its own), and no Java runtime started.
+TEST(ForwardingBeforeStartup, EveryFunctionIs11) {
+    const std::set<std::string> notInitText = {"getLastErrorMessage", "getPluginConf"};
+    for (const table::Row &row : table::forwarders()) {
+        Buffer b(64);
+        EXPECT_EQ(row.call(b), int64_t{VELMORA_STATUS_JAVA_NOT_INITIALIZED}) << row.function;
+        if (!notInitText.count(row.function)) expectUntouched(b, row.function);
+    }
+    EXPECT_EQ(velmora_getJavaVM(), nullptr);
+}
+
+#else
+
+// Run against the bare SDK (start-up and a peach handle work, no other
+// method exists): every function is -12, writes nothing, leaves no
+// NoSuchMethodError pending on the thread; a failed unload3 still drops the
+// peach wrapper.
+TEST(MissingMethods, EveryFunctionIs12AndLeavesNothingPending) {
+    ASSERT_EQ(velmora_init(), 0);
+    ASSERT_EQ(velmora_peach_handle(), 0);
+    for (const table::Row &row : table::forwarders()) {
+        Buffer b(64);
+        EXPECT_EQ(row.call(b), int64_t{VELMORA_STATUS_METHOD_NOT_FOUND}) << row.function;
+        EXPECT_FALSE(threadEnv()->ExceptionCheck()) << row.function;
+        expectUntouched(b, row.function);
+    }
+    EXPECT_EQ(velmora_peach_done(0), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
+    EXPECT_EQ(pwobj, nullptr);
+}
+
+#endif
+
+}  // namespace
