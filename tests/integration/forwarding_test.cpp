@@ -86,19 +86,23 @@ TEST(ForwardingBeforeStartup, EveryFunctionIs11) {
 
 // Run against the bare SDK (start-up and a peach handle work, no other
 // method exists): every function is -12, writes nothing, leaves no
-// NoSuchMethodError pending on the thread; a failed unload3 still drops the
-// peach wrapper.
+// NoSuchMethodError pending on the thread, keeps the registered callback;
+// an unload3 that is not there still drops the peach wrapper.
 TEST(MissingMethods, EveryFunctionIs12AndLeavesNothingPending) {
     ASSERT_EQ(velmora_init(), 0);
     ASSERT_EQ(velmora_peach_handle(), 0);
+    const velmora_intermediate_callback earlier = [](const char *) {};
+    velmora_peach_intermediate_callback_fun = earlier;
     for (const table::Row &row : table::forwarders()) {
         Buffer b(64);
         EXPECT_EQ(row.call(b), int64_t{VELMORA_STATUS_METHOD_NOT_FOUND}) << row.function;
         EXPECT_FALSE(threadEnv()->ExceptionCheck()) << row.function;
         expectUntouched(b, row.function);
     }
+    EXPECT_EQ(velmora_peach_intermediate_callback_fun, earlier);  // a refused registration keeps it
+    ASSERT_EQ(velmora_peach_handle(), 0);
+    EXPECT_EQ(velmora_unload3(1, 1), VELMORA_STATUS_METHOD_NOT_FOUND);
     EXPECT_EQ(velmora_peach_done(0), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
-    EXPECT_EQ(pwobj, nullptr);
 }
 
 #endif

@@ -25,7 +25,7 @@ TEST(JniHygiene, ManyCallsOnOneThreadRaiseNoCheckWarning) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     std::thread host([&] {
-        for (int i = 0; i < 300; ++i) {
+        for (int i = 0; i < 40; ++i) {
             char buf[64];
             size_t len = sizeof buf;
             int index = i % 4;

@@ -1,0 +1,146 @@
+// The bridge's state over its life: argument kinds, initialisers replacing
+// the management object, unloading and the peach wrapper, plug-ins.
+#include <thread>
+
+#include "tables/forwarders.hpp"
+
+namespace {
+
+using Journal = std::vector<std::string>;
+const std::string kGetWrapper = "getPeachWrapper()Lvelmora/user/PeachWrapper;";
+
+TEST_F(Bridge, ArgumentKindsReachJavaAsGiven) {
+    const std::pair<std::function<int()>, const char *> cases[] = {
+        {[] { return velmora_setLogLevel(nullptr); }, "setLogLevel(" S ")I null"},
+        {[] { return velmora_setLogLevel(""); }, "setLogLevel(" S ")I \"\""},
+        // Standard UTF-8 outside the BMP arrives whole, as a surrogate pair.
+        {[] { return velmora_setLogLevel("a\xF0\x9F\x98\x80z"); }, "setLogLevel(" S ")I \"a\xED\xA0\xBD\xED\xB8\x80z\""},
+        {[] { return velmora_actionWait(-1); }, "actionWait(J)Z -1"},
+        {[] { return velmora_unload(0); }, "unload(Z)I false"},
+    };
+    for (const auto &[call, journal] : cases) {
+        EXPECT_EQ(call(), 0) << journal;
+        EXPECT_EQ(sdk::lastCall(), journal);
+    }
+}
+
+TEST_F(Bridge, InitialisersReachTheirOverloadsAndReplaceTheObject) {
+    EXPECT_EQ(velmora_initFile("a.conf"), 0);
+    EXPECT_EQ(velmora_initFileWithPassword("b.conf", "secret"), 0);
+    EXPECT_EQ(velmora_initWithoutFile("h", "u", "p", "d", 5, "x", "y", 8, 9, "j", "k"), 0);
+    EXPECT_EQ(velmora_init(), 0);
+    EXPECT_EQ(sdk::journal(), (Journal{"initFile(" S ")I \"a.conf\"", "initFile(" S S ")I \"b.conf\", \"secret\"",
+                                       "init(" S S S S "I" S S "II" S S ")I \"h\", \"u\", \"p\", \"d\", 5, \"x\", "
+                                       "\"y\", 8, 9, \"j\", \"k\"",
+                                       "initFile()I"}));
+    EXPECT_EQ(sdk::instances(), 4);
+    // The initialiser's result is passed through; the new object is current whatever it returned.
+    JavaVM *machine = velmora_getJavaVM();
+    sdk::script("initFile", {"-7", "throw"});
+    EXPECT_EQ(velmora_init(), -7);
+    EXPECT_EQ(velmora_initFile("x"), VELMORA_STATUS_JAVA_EXCEPTION);
+    EXPECT_EQ(velmora_open(), 0);
+    EXPECT_EQ(velmora_initJava(), 0);
+    EXPECT_EQ(velmora_getJavaVM(), machine);
+    EXPECT_EQ(sdk::instances(), 6);
+}
+
+// A management object that cannot be made leaves none: the previous one is
+// no longer reachable.
+TEST_F(Bridge, AFailedReinitialisationLeavesNoManagementObject) {
+    sdk::script("<init>", {"throw"});
+    EXPECT_EQ(velmora_initFile("x"), VELMORA_STATUS_INIT_FAILED);
+    EXPECT_FALSE(threadEnv()->ExceptionCheck());
+    EXPECT_EQ(velmora_open(), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
+    EXPECT_EQ(sdk::journal(), Journal{});
+    sdk::script("<init>", {});
+    EXPECT_EQ(velmora_init(), 0);
+    EXPECT_EQ(velmora_open(), 0);
+}
+
+// Every unload forgets the peach wrapper, even when its Java method throws;
+// the management object stays, and the wrapper is fetched anew.
+TEST_F(PeachBridge, UnloadDropsThePeachWrapperAndKeepsTheManagementObject) {
+    const std::pair<std::function<int()>, const char *> unloads[] = {
+        {[] { return velmora_unload(1); }, "unload(Z)I"},
+        {[] { return velmora_unload2(1, 1); }, "unload(ZZ)I"},
+        {[] { return velmora_unload3(1, 1); }, "unload3"},
+    };
+    for (const auto &[unload, method] : unloads) {
+        for (const char *outcome : {"0", "throw"}) {
+            sdk::script("get", {"5"});
+            ASSERT_EQ(velmora_peach_handle(), 5);
+            sdk::script(method, {outcome});
+            EXPECT_EQ(unload(), outcome[0] == '0' ? 0 : VELMORA_STATUS_JAVA_EXCEPTION) << method;
+            EXPECT_EQ(velmora_peach_done(5), VELMORA_STATUS_JAVA_NOT_INITIALIZED) << method << " " << outcome;
+            EXPECT_EQ(pwobj, nullptr);
+            EXPECT_EQ(pwcls, nullptr);
+            sdk::journal();
+        }
+    }
+    EXPECT_EQ(velmora_getUserLogin(nullptr, nullptr), -23);  // still reaches Java
+    EXPECT_EQ(sdk::instances(), 0);
+    EXPECT_EQ(velmora_peach_handle(), 5);
+    EXPECT_EQ(sdk::journal(), (Journal{"getUserLogin()" S, kGetWrapper, "get()I"}));
+}
+
+TEST_F(Bridge, PeachWrapperFetchedOnceKeptGloballyAndRetriedAfterFailures) {
+    EXPECT_EQ(velmora_peach_done(5), VELMORA_STATUS_JAVA_NOT_INITIALIZED);  // no handle yet
+    // A throwing or null getPeachWrapper keeps nothing, and get is not called.
+    sdk::script("getPeachWrapper", {"throw", "null", "x"});
+    sdk::script("get", {"5", "-7"});
+    EXPECT_EQ(velmora_peach_handle(), VELMORA_STATUS_JAVA_EXCEPTION);
+    EXPECT_EQ(velmora_peach_handle(), VELMORA_STATUS_INIT_FAILED);
+    EXPECT_EQ(pwobj, nullptr);
+    EXPECT_EQ(velmora_peach_done(5), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
+    EXPECT_EQ(sdk::journal(), (Journal{kGetWrapper, kGetWrapper}));
+    // The retry succeeds; later calls ask only for a handle, whatever it is.
+    sdk::script("getPeachWrapper", {});
+    EXPECT_EQ(velmora_peach_handle(), 5);
+    EXPECT_EQ(velmora_peach_handle(), -7);
+    sdk::script("get", {"throw", "6"});
+    EXPECT_EQ(velmora_peach_handle(), VELMORA_STATUS_JAVA_EXCEPTION);  // the wrapper stays
+    EXPECT_EQ(velmora_peach_handle(), 6);
+    EXPECT_EQ(sdk::journal(), (Journal{kGetWrapper, "get()I", "get()I", "get()I", "get()I"}));
+    // Both references outlive the thread that fetched them.
+    EXPECT_EQ(threadEnv()->GetObjectRefType(static_cast<jobject>(pwobj)), JNIGlobalRefType);
+    EXPECT_EQ(threadEnv()->GetObjectRefType(static_cast<jobject>(pwcls)), JNIGlobalRefType);
+    int fromOtherThread = 1;
+    std::thread([&] { fromOtherThread = velmora_peach_setJobs(6, 2); }).join();
+    EXPECT_EQ(fromOtherThread, 0);
+    EXPECT_EQ(sdk::lastCall(), "setJobs(II)V 6, 2");
+}
+
+TEST_F(Bridge, Plugins) {
+    jobject plugin = nullptr;
+    EXPECT_EQ(velmora_getPlugin("p1", &plugin), 0);
+    jclass pluginClass = velmora_getPluginClass("p2");
+    ASSERT_NE(pluginClass, nullptr);
+    EXPECT_TRUE(threadEnv()->IsInstanceOf(plugin, pluginClass));
+    EXPECT_EQ(sdk::journal(), (Journal{"getPlugin(" S ")Lvelmora/user/VelmoraManagerPlugin; \"p1\"",
+                                       "getPluginClass(" S ")Ljava/lang/Class; \"p2\""}));
+    EXPECT_EQ(velmora_getPlugin(nullptr, nullptr), 0);
+
+    sdk::script("getPlugin", {"null", "throw"});
+    jobject other = plugin;
+    EXPECT_EQ(velmora_getPlugin("p", &other), 0);
+    EXPECT_EQ(other, nullptr);
+    other = plugin;
+    EXPECT_EQ(velmora_getPlugin("p", &other), VELMORA_STATUS_JAVA_EXCEPTION);
+    EXPECT_EQ(other, nullptr);
+    sdk::script("getPluginClass", {"throw"});
+    EXPECT_EQ(velmora_getPluginClass("p"), nullptr);
+    EXPECT_FALSE(threadEnv()->ExceptionCheck());
+}
+
+TEST(BeforeStartup, AccessorsAreEmpty) {
+    EXPECT_EQ(velmora_getPluginClass("p"), nullptr);
+    jobject plugin = reinterpret_cast<jobject>(&plugin);
+    EXPECT_EQ(velmora_getPlugin("p", &plugin), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
+    EXPECT_EQ(velmora_getJNIEnv(), nullptr);
+    EXPECT_EQ(velmora_getJavaVM(), nullptr);
+    velmora_debug();
+    velmora_debug2();
+}
+
+}  // namespace
