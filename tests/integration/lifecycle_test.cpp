@@ -9,21 +9,6 @@ namespace {
 using Journal = std::vector<std::string>;
 const std::string kGetWrapper = "getPeachWrapper()Lvelmora/user/PeachWrapper;";
 
-TEST_F(Bridge, ArgumentKindsReachJavaAsGiven) {
-    const std::pair<std::function<int()>, const char *> cases[] = {
-        {[] { return velmora_setLogLevel(nullptr); }, "setLogLevel(" S ")I null"},
-        {[] { return velmora_setLogLevel(""); }, "setLogLevel(" S ")I \"\""},
-        // Standard UTF-8 outside the BMP arrives whole, as a surrogate pair.
-        {[] { return velmora_setLogLevel("a\xF0\x9F\x98\x80z"); }, "setLogLevel(" S ")I \"a\xED\xA0\xBD\xED\xB8\x80z\""},
-        {[] { return velmora_actionWait(-1); }, "actionWait(J)Z -1"},
-        {[] { return velmora_unload(0); }, "unload(Z)I false"},
-    };
-    for (const auto &[call, journal] : cases) {
-        EXPECT_EQ(call(), 0) << journal;
-        EXPECT_EQ(sdk::lastCall(), journal);
-    }
-}
-
 TEST_F(Bridge, InitialisersReachTheirOverloadsAndReplaceTheObject) {
     EXPECT_EQ(velmora_initFile("a.conf"), 0);
     EXPECT_EQ(velmora_initFileWithPassword("b.conf", "secret"), 0);

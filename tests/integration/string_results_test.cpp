@@ -91,22 +91,13 @@ TEST_F(StringResults, EveryFunctionOutcomeAndCapacity) {
 // start-up two functions explain in 52 characters and two NULs why they failed.
 TEST(BridgeTexts, BuiltInStatusTextsAndTheNotInitialisedText) {
     const std::pair<int, const char *> builtIn[] = {
-        {0, "OK"},
-        {-11, "Java is not initialized"},
-        {-12, "Java method could not be found"},
-        {-13, "Uncaught exception thrown from Java"},
-        {-14, "Unable to find the constructor of Management Interface"},
-        {-15, "Unable to find the initializer of Management Interface"},
-        {-16, "Unable to initialize Management Interface"},
-        {-17, "Unknown error"},
-        {-18, "Unable to find Java"},
-        {-19, "Unable to find Java version"},
-        {-20, "Unable to find Java keypath"},
-        {-21, "Unable to find Java runtime library location"},
-        {-22, "Unable to find Java runtime library"},
-        {-23, "String buffer is too small."},
-        {-24, "File index is out of bounds."},
-        {-25, "VARIANT type is invalid, BSTR expected."},
+        {0, "OK"}, {-11, "Java is not initialized"}, {-12, "Java method could not be found"},
+        {-13, "Uncaught exception thrown from Java"}, {-14, "Unable to find the constructor of Management Interface"},
+        {-15, "Unable to find the initializer of Management Interface"}, {-16, "Unable to initialize Management Interface"},
+        {-17, "Unknown error"}, {-18, "Unable to find Java"}, {-19, "Unable to find Java version"},
+        {-20, "Unable to find Java keypath"}, {-21, "Unable to find Java runtime library location"},
+        {-22, "Unable to find Java runtime library"}, {-23, "String buffer is too small."},
+        {-24, "File index is out of bounds."}, {-25, "VARIANT type is invalid, BSTR expected."},
     };
     for (auto [code, text] : builtIn) {
         const std::size_t bytes = std::strlen(text) + 1;

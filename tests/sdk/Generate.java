@@ -1,4 +1,3 @@
-import java.io.IOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
@@ -15,40 +14,47 @@ import java.util.regex.Pattern;
  */
 public final class Generate {
     private static final Pattern CONSTRUCTOR = Pattern.compile("(\\w+)\\(([^)]*)\\)( throws)?");
-    private static final Pattern METHOD = Pattern.compile("([\\w\\[\\]]+) (\\w+)\\(([^)]*)\\)(?: = (.+))?");
+    private static final Pattern METHODS = Pattern.compile("([\\w\\[\\]]+) ([\\w ]+)\\(([^)]*)\\)(?: = (.+))?");
+    private static final Map<String, String> RECORDERS =
+            Map.of("int", "i", "long", "j", "boolean", "z", "String", "s", "void", "v");
+    private static final Map<String, String> DESCRIPTORS = Map.of("int", "I", "long", "J", "boolean", "Z",
+            "void", "V", "String", "Ljava/lang/String;", "Class", "Ljava/lang/Class;");
 
-    public static void main(String[] args) throws IOException {
+    public static void main(String[] args) throws Exception {
         Map<String, StringBuilder> classes = new LinkedHashMap<>();
         String set = "double";
-        StringBuilder body = null;
+        StringBuilder out = null;
         for (String line : Files.readAllLines(Path.of(args[0]))) {
-            line = line.strip();
             Matcher m;
-            if (line.isEmpty() || line.startsWith("#")) {
+            if (line.isBlank() || line.startsWith("#")) {
                 continue;
             } else if (line.startsWith("variant ")) {
                 set = line.substring(8);
             } else if (line.startsWith("class ")) {
                 String name = line.substring(6);
                 int dot = name.lastIndexOf('.');
-                body = new StringBuilder("package " + name.substring(0, dot) + ";\nimport velmora.testing.Sdk;\n"
+                out = new StringBuilder("package " + name.substring(0, dot) + ";\nimport velmora.testing.Sdk;\n"
                         + "public class " + name.substring(dot + 1) + " {\n");
-                classes.put(set + "/" + name.replace('.', '/') + ".java", body);
+                classes.put(set + "/" + name.replace('.', '/') + ".java", out);
             } else if ((m = CONSTRUCTOR.matcher(line)).matches()) {
-                body.append("public ").append(m.group(1)).append('(').append(parameters(m.group(2)))
-                        .append(") { Sdk.constructed();")
-                        .append(m.group(3) == null ? "" : " throw new IllegalStateException(\"refused\");")
-                        .append(" }\n");
-            } else if ((m = METHOD.matcher(line)).matches()) {
+                out.append(String.format("public %s(%s) { Sdk.constructed();%s }%n", m.group(1), parameters(m.group(2)),
+                        m.group(3) == null ? "" : " throw new IllegalStateException(\"refused\");"));
+            } else if ((m = METHODS.matcher(line)).matches()) {
                 String type = m.group(1);
-                String key = m.group(2) + "(" + descriptors(m.group(3)) + ")" + descriptor(type);
-                String recorder = Map.of("int", "i", "long", "j", "boolean", "z", "String", "s", "void", "v")
-                        .getOrDefault(type, "o");
-                String call = "Sdk." + recorder + "(" + (m.group(4) == null ? "" : m.group(4) + ", ") + "\"" + key
-                        + "\"" + arguments(m.group(3)) + ")";
-                body.append("public ").append(type).append(' ').append(m.group(2)).append('(')
-                        .append(parameters(m.group(3))).append(") { ").append(type.equals("void") ? "" : "return ")
-                        .append(call).append("; }\n");
+                String[] types = m.group(3).isBlank() ? new String[0] : m.group(3).split(",\\s*");
+                StringBuilder signature = new StringBuilder("(");
+                StringBuilder arguments = new StringBuilder();
+                for (int k = 0; k < types.length; k++) {
+                    signature.append(descriptor(types[k]));
+                    arguments.append(", (Object) a").append(k);
+                }
+                signature.append(')').append(descriptor(type));
+                for (String name : m.group(2).split(" ")) {
+                    out.append(String.format("public %s %s(%s) { %sSdk.%s(%s\"%s%s\"%s); }%n", type, name,
+                            parameters(m.group(3)), type.equals("void") ? "" : "return ",
+                            RECORDERS.getOrDefault(type, "o"), m.group(4) == null ? "" : m.group(4) + ", ", name,
+                            signature, arguments));
+                }
             } else {
                 throw new IllegalArgumentException("cannot read: " + line);
             }
@@ -65,46 +71,17 @@ public final class Generate {
         }
     }
 
-    private static String[] types(String list) {
-        return list.isBlank() ? new String[0] : list.split(",\\s*");
-    }
-
     private static String parameters(String list) {
-        String[] t = types(list);
+        String[] types = list.isBlank() ? new String[0] : list.split(",\\s*");
         StringBuilder out = new StringBuilder();
-        for (int k = 0; k < t.length; k++) {
-            out.append(k == 0 ? "" : ", ").append(t[k]).append(" a").append(k);
-        }
-        return out.toString();
-    }
-
-    private static String arguments(String list) {
-        StringBuilder out = new StringBuilder();
-        for (int k = 0; k < types(list).length; k++) {
-            out.append(", (Object) a").append(k);
-        }
-        return out.toString();
-    }
-
-    private static String descriptors(String list) {
-        StringBuilder out = new StringBuilder();
-        for (String t : types(list)) {
-            out.append(descriptor(t));
+        for (int k = 0; k < types.length; k++) {
+            out.append(k == 0 ? "" : ", ").append(types[k]).append(" a").append(k);
         }
         return out.toString();
     }
 
     private static String descriptor(String type) {
-        if (type.endsWith("[]")) {
-            return "[" + descriptor(type.substring(0, type.length() - 2));
-        }
-        switch (type) {
-            case "int": return "I";
-            case "long": return "J";
-            case "boolean": return "Z";
-            case "void": return "V";
-            case "String": case "Class": return "Ljava/lang/" + type + ";";
-            default: return "Lvelmora/user/" + type + ";";
-        }
+        return type.endsWith("[]") ? "[" + descriptor(type.substring(0, type.length() - 2))
+                : DESCRIPTORS.getOrDefault(type, "Lvelmora/user/" + type + ";");
     }
 }

@@ -37,9 +37,6 @@ public final class Sdk {
     private static volatile WeakReference<Object> lastArgument = new WeakReference<>(null);
     private static volatile IntermediateResultHandler handler;
 
-    private Sdk() {
-    }
-
     public static synchronized void reset() {
         entries.clear();
         scripts.clear();
@@ -50,11 +47,7 @@ public final class Sdk {
 
     public static synchronized void script(String key, String... outcomes) {
         taken.remove(key);
-        if (outcomes.length == 0) {
-            scripts.remove(key);
-        } else {
-            scripts.put(key, outcomes.clone());
-        }
+        if (outcomes.length == 0) scripts.remove(key); else scripts.put(key, outcomes.clone());
     }
 
     public static synchronized String journal() {
@@ -78,9 +71,7 @@ public final class Sdk {
 
     public static void fire(String text) {
         IntermediateResultHandler current = handler;
-        if (current == null) {
-            throw new IllegalStateException("no intermediate result handler registered");
-        }
+        if (current == null) throw new IllegalStateException("no intermediate result handler registered");
         current.func(text);
     }
 
@@ -101,9 +92,7 @@ public final class Sdk {
             });
             workers[t].start();
         }
-        for (Thread worker : workers) {
-            worker.join();
-        }
+        for (Thread worker : workers) worker.join();
         return delivered.get();
     }
 
@@ -113,9 +102,7 @@ public final class Sdk {
         synchronized (Sdk.class) {
             instances++;
         }
-        if ("throw".equals(outcome("<init>"))) {
-            throw new RuntimeException("scripted failure in <init>");
-        }
+        if ("throw".equals(outcome("<init>"))) throw new RuntimeException("scripted failure in <init>");
     }
 
     public static int i(String key, Object... args) {
@@ -140,9 +127,7 @@ public final class Sdk {
     public static void v(String key, Object... args) {
         record(key, args);
         for (Object arg : args) {
-            if (arg instanceof IntermediateResultHandler) {
-                handler = (IntermediateResultHandler) arg;
-            }
+            if (arg instanceof IntermediateResultHandler) handler = (IntermediateResultHandler) arg;
         }
     }
 
@@ -154,43 +139,31 @@ public final class Sdk {
         String name = key.substring(0, key.indexOf('(') < 0 ? key.length() : key.indexOf('('));
         String chosen = scripts.containsKey(key) ? key : name;
         String[] script = scripts.get(chosen);
-        if (script == null) {
-            return null;
-        }
+        if (script == null) return null;
         int next = taken.merge(chosen, 1, Integer::sum) - 1;
         return script[Math.min(next, script.length - 1)];
     }
 
     private static String record(String key, Object[] args) {
-        if (QUIET) {
-            return null;
-        }
+        if (QUIET) return null;
         StringBuilder entry = new StringBuilder(key);
         for (int k = 0; k < args.length; k++) {
             entry.append(k == 0 ? " " : ", ").append(render(args[k]));
-            if (args[k] instanceof String || args[k] instanceof String[]) {
-                lastArgument = new WeakReference<>(args[k]);
-            }
+            if (args[k] instanceof String || args[k] instanceof String[]) lastArgument = new WeakReference<>(args[k]);
         }
         synchronized (Sdk.class) {
             entries.add(entry.toString());
         }
         String outcome = outcome(key);
-        if ("throw".equals(outcome)) {
-            throw new RuntimeException("scripted failure in " + key.substring(0, key.indexOf('(')));
-        }
+        if ("throw".equals(outcome)) throw new RuntimeException("scripted failure in " + key.substring(0, key.indexOf('(')));
         return outcome;
     }
 
     private static String render(Object value) {
-        if (value instanceof String) {
-            return '"' + ((String) value).replace("\n", "\\n").replace("\r", "\\r") + '"';
-        }
+        if (value instanceof String) return '"' + ((String) value).replace("\n", "\\n").replace("\r", "\\r") + '"';
         if (value instanceof String[]) {
             List<String> items = new ArrayList<>();
-            for (String item : (String[]) value) {
-                items.add(render(item));
-            }
+            for (String item : (String[]) value) items.add(render(item));
             return "[" + String.join(", ", items) + "]";
         }
         return value == null || value instanceof Number || value instanceof Boolean ? String.valueOf(value)
