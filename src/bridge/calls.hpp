@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iterator>
 #include <span>
 #include <string_view>
 
@@ -38,6 +39,22 @@ inline constexpr CallRow all[] = {
 #include "bridge/calls.def"
 #undef VELMORA_CALL
 };
+
+// The rows themselves, in table order: a row's position names its slot of
+// resolved methods.
+inline constexpr const CallRow *rows[] = {
+#define VELMORA_CALL(id, target, method, signature) &id,
+#include "bridge/calls.def"
+#undef VELMORA_CALL
+};
+inline constexpr std::size_t kRowCount = std::size(rows);
+
+// The position of `Row` in the table (a compile-time constant).
+template <const CallRow &Row> consteval std::size_t position() {
+    for (std::size_t i = 0; i < kRowCount; ++i)
+        if (rows[i] == &Row) return i;
+    throw "not a row of the call table";
+}
 }  // namespace calls
 
 // The return descriptor of a signature: what follows the ')'.
