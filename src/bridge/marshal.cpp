@@ -9,16 +9,23 @@ namespace velmora {
 
 namespace {
 
+// Whether no byte of text[0, length) has its high bit set, a word at a time
+// (the last word overlapping the one before it rather than going bytewise).
 bool isAscii(const char *text, std::size_t length) {
-    std::uint64_t seen = 0;
-    std::size_t i = 0;
-    for (; i + 8 <= length; i += 8) {
-        std::uint64_t word;
-        std::memcpy(&word, text + i, 8);
-        seen |= word;
+    constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+    const auto word = [text](std::size_t at) {
+        std::uint64_t w;
+        std::memcpy(&w, text + at, sizeof w);
+        return w;
+    };
+    if (length >= 8) {
+        std::uint64_t seen = word(length - 8);
+        for (std::size_t i = 0; i + 8 < length; i += 8) seen |= word(i);
+        return (seen & kHighBits) == 0;
     }
-    for (; i < length; ++i) seen |= static_cast<unsigned char>(text[i]);
-    return (seen & 0x8080808080808080u) == 0;
+    std::uint64_t seen = 0;
+    for (std::size_t i = 0; i < length; ++i) seen |= static_cast<unsigned char>(text[i]);
+    return (seen & 0x80) == 0;
 }
 
 // The well-formed sequence or maximal ill-formed subsequence at `p`. The

@@ -1,7 +1,5 @@
 #include "bridge/state.hpp"
 
-#include <array>
-
 #include "bridge/calls.hpp"
 
 extern "C" {
@@ -22,15 +20,14 @@ static_assert(std::atomic_ref<velmora_intermediate_callback>::is_always_lock_fre
 static_assert(std::atomic_ref<void *>::is_always_lock_free);
 
 namespace {
-std::array<MethodSlot, calls::kRowCount> resolved;
 jclass stringClassRef = nullptr;
 jstring emptyStringRef = nullptr;
 }  // namespace
 
-MethodSlot &resolvedMethod(std::size_t row) { return resolved[row]; }
+MethodSlot resolvedMethods[calls::kRowCount];
 
 void dropResolvedMethods() {
-    for (MethodSlot &slot : resolved) slot.drop();
+    for (MethodSlot &slot : resolvedMethods) slot.drop();
 }
 
 void replaceGlobal(void *&slot, JNIEnv *jenv, jobject localOrNull) {

@@ -93,8 +93,9 @@ private:
     std::atomic<jmethodID> method_{nullptr};
 };
 
-// The slot of row number `row` of the call table.
-MethodSlot &resolvedMethod(std::size_t row);
+// The slots, one per row of the call table, in table order.
+extern MethodSlot resolvedMethods[];
+inline MethodSlot &resolvedMethod(std::size_t row) { return resolvedMethods[row]; }
 // Empties every slot.
 void dropResolvedMethods();
 

@@ -43,8 +43,13 @@ public final class Sdk {
     private static final List<String> entries = new ArrayList<>();
     private static final Map<String, Script> scripts = new HashMap<>();
     private static int instances;
-    /** Benchmarks set -Dvelmora.sdk.quiet=true: nothing is journaled, defaults are returned. */
+    /**
+     * Benchmarks set -Dvelmora.sdk.quiet=true: nothing is journaled, scripts are not read, and int and
+     * String methods return velmora.sdk.quiet.int (default 0) and velmora.sdk.quiet.text (default null).
+     */
     private static final boolean QUIET = Boolean.getBoolean("velmora.sdk.quiet");
+    private static final int QUIET_INT = Integer.getInteger("velmora.sdk.quiet.int", 0);
+    private static final String QUIET_TEXT = System.getProperty("velmora.sdk.quiet.text");
     private static volatile WeakReference<Object> lastArgument = new WeakReference<>(null);
     private static volatile IntermediateResultHandler handler;
 
@@ -156,6 +161,9 @@ public final class Sdk {
     }
 
     public static int i(Object... args) {
+        if (QUIET) {
+            return QUIET_INT;
+        }
         String outcome = record('I', args);
         if (outcome == null) {
             return 0;
@@ -191,6 +199,9 @@ public final class Sdk {
     }
 
     public static String s(Object... args) {
+        if (QUIET) {
+            return QUIET_TEXT;
+        }
         String outcome = record('S', args);
         return outcome == null || outcome.equals("null") ? null : outcome;
     }
