@@ -16,6 +16,7 @@ struct CallRow {
     Target target;
     const char *method;
     const char *signature;
+    std::size_t position;  // in the table, which names the row's slot of resolved methods
 };
 
 constexpr const char *className(Target t) {
@@ -29,8 +30,15 @@ constexpr const char *className(Target t) {
 }
 
 namespace calls {
+enum class Position : std::size_t {
+#define VELMORA_CALL(id, target, method, signature) id,
+#include "bridge/calls.def"
+#undef VELMORA_CALL
+    count
+};
+
 #define VELMORA_CALL(id, target, method, signature) \
-    inline constexpr CallRow id{Target::target, method, signature};
+    inline constexpr CallRow id{Target::target, method, signature, static_cast<std::size_t>(Position::id)};
 #include "bridge/calls.def"
 #undef VELMORA_CALL
 
@@ -40,21 +48,8 @@ inline constexpr CallRow all[] = {
 #undef VELMORA_CALL
 };
 
-// The rows themselves, in table order: a row's position names its slot of
-// resolved methods.
-inline constexpr const CallRow *rows[] = {
-#define VELMORA_CALL(id, target, method, signature) &id,
-#include "bridge/calls.def"
-#undef VELMORA_CALL
-};
-inline constexpr std::size_t kRowCount = std::size(rows);
-
-// The position of `Row` in the table (a compile-time constant).
-template <const CallRow &Row> consteval std::size_t position() {
-    for (std::size_t i = 0; i < kRowCount; ++i)
-        if (rows[i] == &Row) return i;
-    throw "not a row of the call table";
-}
+inline constexpr std::size_t kRowCount = static_cast<std::size_t>(Position::count);
+static_assert(std::size(all) == kRowCount);
 }  // namespace calls
 
 // The return descriptor of a signature: what follows the ')'.

@@ -226,7 +226,7 @@ inline jmethodID resolve(JNIEnv *e, jclass klass, const CallRow &row, state::Met
     return method;
 }
 template <const CallRow &Row> inline state::MethodSlot &slotOf() {
-    return state::resolvedMethod(calls::position<Row>());
+    return state::resolvedMethod(Row.position);
 }
 
 // A result that is a local reference of the call, deleted when the call fails.
