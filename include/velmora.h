@@ -18,7 +18,11 @@
  *    the exception on its error stream and it is cleared).
  *  - Texts are NUL-terminated byte strings in the JVM's modified UTF-8; plain
  *    UTF-8 is accepted too (characters outside the Basic Multilingual Plane are
- *    re-encoded, never dropped). A null text pointer reaches Java as null.
+ *    re-encoded, never dropped), and each maximal ill-formed subsequence
+ *    reaches Java as one U+FFFD. A null text pointer reaches Java as null. A
+ *    text or string list that the Java heap cannot hold gives
+ *    VELMORA_STATUS_JAVA_EXCEPTION without calling Java; nothing is left
+ *    pending.
  *  - String lists come in three forms under one stem: the plain name takes
  *    the strings as variadic const char * arguments after the count, suffix 2
  *    takes a va_list, suffix 3 a const char ** array. A count of 0 passes an
@@ -49,6 +53,9 @@
  *  - Every call releases the JNI local references it created before it
  *    returns, except the references that velmora_getPlugin and
  *    velmora_getPluginClass hand to the caller.
+ *  - Java methods are resolved once per class reference: a host that points
+ *    cls or pwcls at another class reference gets the methods of the class it
+ *    names, from the next call on.
  */
 #ifndef VELMORA_H
 #define VELMORA_H
@@ -207,7 +214,8 @@ VELMORA_API int velmora_getTempDir(char *buf, size_t *len);
 VELMORA_API int velmora_getJavaSystemProperty(const char *name, char *buf, size_t *len);
 
 /* getPlugin(String): stores the returned reference (a JNI local reference of
- * the calling thread, the caller's to delete) in *plugin and returns 0. On -13
+ * the calling thread, the caller's to delete) in *plugin and returns 0; with a
+ * null plugin the reference is deleted. On -13
  * *plugin holds what the throwing call returned; on -11/-12 it is untouched. */
 VELMORA_API int velmora_getPlugin(const char *name, jobject *plugin);
 

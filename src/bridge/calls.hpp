@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <iterator>
 #include <span>
 #include <string_view>
 
@@ -15,6 +16,7 @@ struct CallRow {
     Target target;
     const char *method;
     const char *signature;
+    std::size_t position;  // in the table, which names the row's slot of resolved methods
 };
 
 constexpr const char *className(Target t) {
@@ -28,8 +30,15 @@ constexpr const char *className(Target t) {
 }
 
 namespace calls {
+enum class Position : std::size_t {
+#define VELMORA_CALL(id, target, method, signature) id,
+#include "bridge/calls.def"
+#undef VELMORA_CALL
+    count
+};
+
 #define VELMORA_CALL(id, target, method, signature) \
-    inline constexpr CallRow id{Target::target, method, signature};
+    inline constexpr CallRow id{Target::target, method, signature, static_cast<std::size_t>(Position::id)};
 #include "bridge/calls.def"
 #undef VELMORA_CALL
 
@@ -38,6 +47,9 @@ inline constexpr CallRow all[] = {
 #include "bridge/calls.def"
 #undef VELMORA_CALL
 };
+
+inline constexpr std::size_t kRowCount = static_cast<std::size_t>(Position::count);
+static_assert(std::size(all) == kRowCount);
 }  // namespace calls
 
 // The return descriptor of a signature: what follows the ')'.

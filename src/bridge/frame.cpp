@@ -2,17 +2,16 @@
 
 namespace velmora {
 
-int indexedName(const CallRow &count, const CallRow &name, int handle, int *index, char *buf,
-                std::size_t *len) {
+int indexedName(const CallRow &count, state::MethodSlot &countSlot, const CallRow &name,
+                state::MethodSlot &nameSlot, int handle, int *index, char *buf, std::size_t *len) {
     StringOut out(buf, len);
     if (!state::managementReady()) return kNotInitialized;
-    CallScope scope(8);
-    if (const int status = scope.status(); status != kOk) return status;
-    JNIEnv *e = scope.env();
+    JNIEnv *e = state::attachCurrentThread();
+    if (!e) return kNotInitialized;
 
     jclass klass = state::managementClass();
-    jmethodID countMethod = e->GetMethodID(klass, count.method, count.signature);
-    jmethodID nameMethod = countMethod ? e->GetMethodID(klass, name.method, name.signature) : nullptr;
+    jmethodID countMethod = detail::resolve(e, klass, count, countSlot);
+    jmethodID nameMethod = countMethod ? detail::resolve(e, klass, name, nameSlot) : nullptr;
     if (!nameMethod) {
         e->ExceptionClear();
         return kMethodNotFound;
@@ -35,6 +34,7 @@ int indexedName(const CallRow &count, const CallRow &name, int handle, int *inde
     auto text = static_cast<jstring>(e->CallObjectMethod(target, nameMethod, static_cast<jint>(handle), *index));
     if (takeException(e)) return kJavaException;
     const int status = deliverString(e, text, out, NullRule::EmptyString);
+    if (text) e->DeleteLocalRef(text);
     if (status == kBufferTooSmall) {
         out.writeEmptyIfRoom();
         return status;

@@ -2,9 +2,15 @@
 // on the management object or on the peach wrapper is a single use of
 // `forward<Row>(result, arguments...)`:
 //
-//   guard -> attach -> local frame -> lookup -> (peach: clear) -> -12 test ->
-//   string lists -> (management: clear) -> other arguments -> call ->
-//   exception test (-13) -> result conversion -> local frame released.
+//   guard -> attach -> lookup -> (peach: clear) -> -12 test -> string lists ->
+//   (management: clear) -> other arguments -> call -> exception test (-13) ->
+//   result conversion -> the call's local references deleted.
+//
+// The method of each row is resolved once per class reference and kept in the
+// row's slot (state.hpp). A call makes local references only for what it
+// converts (texts, lists, a string result) and deletes exactly those before it
+// returns, so a host thread never accumulates references; a call that makes
+// none costs no local frame.
 //
 // The row's JNI signature is checked at compile time against the C++ types
 // of the arguments and the result policy, so a forwarding function cannot
@@ -28,8 +34,9 @@
 namespace velmora {
 
 // ---------------------------------------------------------------------------
-// Local references: every call runs in a local frame of its own, so a host
-// thread that makes any number of calls never accumulates references.
+// Local references of the few calls that make several of their own (start of
+// the peach wrapper, handler registration, system properties): a local frame
+// for the call.
 
 class LocalFrame {
 public:
@@ -41,12 +48,6 @@ public:
     LocalFrame &operator=(const LocalFrame &) = delete;
 
     bool pushed() const { return pushed_; }
-    // Ends the frame, carrying `keep` out as a reference of the enclosing frame.
-    jobject release(jobject keep) {
-        if (!pushed_) return keep;
-        pushed_ = false;
-        return jenv_->PopLocalFrame(keep);
-    }
 
 private:
     JNIEnv *jenv_;
@@ -61,8 +62,8 @@ inline bool takeException(JNIEnv *jenv) {
     return true;
 }
 
-// The start of every call once its guard has passed: the calling thread's
-// environment (attaching the thread) and a local frame for the call.
+// The start of a call that runs in a local frame once its guard has passed:
+// the calling thread's environment (attaching the thread) and the frame.
 // status() is 0, -11 when the thread cannot attach, or -13 when no frame
 // could be made.
 class CallScope {
@@ -145,7 +146,14 @@ struct StringResult {
     void invoke(JNIEnv *e, jobject o, jmethodID m, const jvalue *a) {
         raw = static_cast<jstring>(e->CallObjectMethodA(o, m, a));
     }
-    Value finish(JNIEnv *e) { return deliverString(e, raw, out, rule); }
+    Value finish(JNIEnv *e) {
+        const int status = deliverString(e, raw, out, rule);
+        discard(e);
+        return status;
+    }
+    void discard(JNIEnv *e) {
+        if (raw) e->DeleteLocalRef(raw);
+    }
 };
 
 inline StringResult emptyOnNull(char *buf, std::size_t *len) { return {buf, len, NullRule::EmptyString}; }
@@ -153,7 +161,7 @@ inline StringResult zeroOnNull(char *buf, std::size_t *len) { return {buf, len, 
 // A null string where the SDK promises text is delivered as "".
 inline StringResult plain(char *buf, std::size_t *len) { return {buf, len, NullRule::EmptyString}; }
 
-// A Java object handed to the host, surviving the call's local frame; null
+// A Java object handed to the host as a local reference of its thread; null
 // on every failure.
 template <const CallRow &Row> struct ObjectResult {
     using Value = jobject;
@@ -162,15 +170,7 @@ template <const CallRow &Row> struct ObjectResult {
     static Value fail(int) { return nullptr; }
     Value notInitialized() { return nullptr; }
     void invoke(JNIEnv *e, jobject o, jmethodID m, const jvalue *a) { raw = e->CallObjectMethodA(o, m, a); }
-    jobject keep() const { return raw; }
-    void kept(jobject survivor) { raw = survivor; }
     Value finish(JNIEnv *) { return raw; }
-};
-
-template <class R>
-concept KeepsObject = requires(R r, jobject o) {
-    r.keep();
-    r.kept(o);
 };
 
 // ---------------------------------------------------------------------------
@@ -184,6 +184,55 @@ inline jvalue scalar(JNIEnv *, std::int64_t v) { jvalue j; j.j = v; return j; }
 inline jvalue scalar(JNIEnv *, Flag v) { jvalue j; j.z = v; return j; }  // passed as it is
 inline jvalue scalar(JNIEnv *e, const char *v) { jvalue j; j.l = newJavaString(e, v); return j; }
 inline jvalue scalar(JNIEnv *, ResultHandler v) { jvalue j; j.l = v.object; return j; }
+
+// Whether the argument kind makes a local reference of the call.
+template <class A> inline constexpr bool kMakesReference = kIsList<A> || std::is_same_v<A, const char *>;
+
+// Deletes, on every way out of the call, the references that the arguments
+// made (values not made yet are null).
+template <class... A> class ArgumentReferences {
+public:
+    ArgumentReferences(JNIEnv *e, const jvalue *values) : e_(e), values_(values) {}
+    ~ArgumentReferences() { release(std::index_sequence_for<A...>{}); }
+    ArgumentReferences(const ArgumentReferences &) = delete;
+    ArgumentReferences &operator=(const ArgumentReferences &) = delete;
+
+private:
+    template <std::size_t... I> void release(std::index_sequence<I...>) {
+        [[maybe_unused]] auto one = [this](auto made, std::size_t i) {
+            if constexpr (decltype(made)::value) {
+                if (values_[i].l) e_->DeleteLocalRef(values_[i].l);
+            }
+        };
+        (one(std::bool_constant<kMakesReference<A>>{}, I), ...);
+    }
+    JNIEnv *e_;
+    const jvalue *values_;
+};
+
+struct NoReferences {
+    NoReferences(JNIEnv *, const jvalue *) {}
+};
+template <class... A>
+using ReferencesOf = std::conditional_t<(kMakesReference<A> || ...), ArgumentReferences<A...>, NoReferences>;
+
+// The method of `row` on `klass`, through the row's slot: resolved by name
+// and signature only when the slot holds nothing for this class reference.
+// Null, with the lookup's error pending, when the class has no such method.
+inline jmethodID resolve(JNIEnv *e, jclass klass, const CallRow &row, state::MethodSlot &slot) {
+    if (jmethodID known = slot.find(klass)) return known;
+    jmethodID method = e->GetMethodID(klass, row.method, row.signature);
+    if (method) slot.keep(klass, method);
+    return method;
+}
+template <const CallRow &Row> inline state::MethodSlot &slotOf() {
+    return state::resolvedMethod(Row.position);
+}
+
+// A result that is a local reference of the call, deleted when the call fails.
+template <class R> inline void discard(JNIEnv *e, R &result) {
+    if constexpr (requires { result.discard(e); }) result.discard(e);
+}
 
 // The guard of the frame's target.
 template <Target T> inline bool ready() {
@@ -214,7 +263,8 @@ template <class... A> inline bool listsReadable(const A &...args) {
 // Builds the Java arguments in the order the frame fixes: all string-list
 // arrays are created, then filled (in argument order), then - for the
 // management target - pending exceptions are cleared, then the other values
-// are converted. Returns false when an array could not be made.
+// are converted. Stops at the first array or string that the runtime cannot
+// make and returns false, with its exception pending.
 template <Target T, class... A, std::size_t... I>
 bool buildArguments(JNIEnv *e, jvalue *values, std::index_sequence<I...>, const A &...args) {
     bool made = true;
@@ -228,15 +278,21 @@ bool buildArguments(JNIEnv *e, jvalue *values, std::index_sequence<I...>, const 
     if (!made) return false;
     [[maybe_unused]] auto fill = [&](std::size_t i, const auto &a) {
         if constexpr (kIsList<std::decay_t<decltype(a)>>)
-            fillStringArray(e, static_cast<jobjectArray>(values[i].l), a.count, *a.source);
+            made = made && fillStringArray(e, static_cast<jobjectArray>(values[i].l), a.count, *a.source);
     };
     (fill(I, args), ...);
+    if (!made) return false;
     if constexpr (T == Target::Management) e->ExceptionClear();
     [[maybe_unused]] auto convert = [&](std::size_t i, const auto &a) {
-        if constexpr (!kIsList<std::decay_t<decltype(a)>>) values[i] = scalar(e, a);
+        using Kind = std::decay_t<decltype(a)>;
+        if constexpr (!kIsList<Kind>) {
+            if (!made) return;
+            values[i] = scalar(e, a);
+            if constexpr (std::is_same_v<Kind, const char *>) made = values[i].l || !a;
+        }
     };
     (convert(I, args), ...);
-    return true;
+    return made;
 }
 
 }  // namespace detail
@@ -250,12 +306,10 @@ typename std::remove_cvref_t<R>::Value forward(R &&result, A... args) {
                   "result policy does not match the row's JNI signature");
 
     if (!detail::ready<kTarget>()) return result.notInitialized();
-    CallScope scope(2 * static_cast<jint>(sizeof...(A)) + 8);
-    if (const int status = scope.status(); status != kOk)
-        return status == kNotInitialized ? result.notInitialized() : result.fail(status);
-    JNIEnv *e = scope.env();
+    JNIEnv *e = state::attachCurrentThread();
+    if (!e) return result.notInitialized();
 
-    jmethodID method = e->GetMethodID(detail::targetClass<kTarget>(), Row.method, Row.signature);
+    jmethodID method = detail::resolve(e, detail::targetClass<kTarget>(), Row, detail::slotOf<Row>());
     if constexpr (kTarget == Target::Peach) e->ExceptionClear();
     if (!method) {
         e->ExceptionClear();
@@ -264,14 +318,18 @@ typename std::remove_cvref_t<R>::Value forward(R &&result, A... args) {
 
     if (!detail::listsReadable(args...)) return result.fail(kJavaException);
     std::array<jvalue, sizeof...(A) + 1> values{};
+    [[maybe_unused]] const detail::ReferencesOf<A...> made(e, values.data());
     if (!detail::buildArguments<kTarget>(e, values.data(), std::index_sequence_for<A...>{}, args...)) {
         takeException(e);
         return result.fail(kJavaException);
     }
 
     result.invoke(e, detail::targetObject<kTarget>(), method, values.data());
-    if constexpr (KeepsObject<std::remove_cvref_t<R>>) result.kept(scope.frame().release(result.keep()));
-    if (takeException(e)) return result.fail(kJavaException);
+    if constexpr (requires { result.returned(e); }) result.returned(e);
+    if (takeException(e)) {
+        detail::discard(e, result);
+        return result.fail(kJavaException);
+    }
     return result.finish(e);
 }
 
@@ -309,15 +367,15 @@ template <const CallRow &Row, class... Leading> auto forwardList(ListSource &&so
 
 // One name of an indexed collection per call: `Count` "(I)I" gives the size,
 // `Name` "(II)Ljava/lang/String;" the name at a position.
-int indexedName(const CallRow &count, const CallRow &name, int handle, int *index, char *buf,
-                std::size_t *len);
+int indexedName(const CallRow &count, state::MethodSlot &countSlot, const CallRow &name,
+                state::MethodSlot &nameSlot, int handle, int *index, char *buf, std::size_t *len);
 
 template <const CallRow &Count, const CallRow &Name>
 int forwardIndexedName(int handle, int *index, char *buf, std::size_t *len) {
     static_assert(Count.target == Target::Management && Name.target == Target::Management);
     static_assert(std::string_view(Count.signature) == "(I)I");
     static_assert(std::string_view(Name.signature) == "(II)Ljava/lang/String;");
-    return indexedName(Count, Name, handle, index, buf, len);
+    return indexedName(Count, detail::slotOf<Count>(), Name, detail::slotOf<Name>(), handle, index, buf, len);
 }
 
 }  // namespace velmora

@@ -3,18 +3,71 @@
 #include <cstring>
 #include <string>
 
+#include "bridge/state.hpp"
+
 namespace velmora {
 
 namespace {
 
-// Re-encodes every 4-byte UTF-8 sequence of `text` as two 3-byte surrogate
-// encodings; everything else is copied as it is.
-std::string toModifiedUtf8(const char *text) {
-    std::string out;
-    const auto *p = reinterpret_cast<const unsigned char *>(text);
+// Whether no byte of text[0, length) has its high bit set, a word at a time
+// (the last word overlapping the one before it rather than going bytewise).
+bool isAscii(const char *text, std::size_t length) {
+    constexpr std::uint64_t kHighBits = 0x8080808080808080u;
+    const auto word = [text](std::size_t at) {
+        std::uint64_t w;
+        std::memcpy(&w, text + at, sizeof w);
+        return w;
+    };
+    if (length >= 8) {
+        std::uint64_t seen = word(length - 8);
+        for (std::size_t i = 0; i + 8 < length; i += 8) seen |= word(i);
+        return (seen & kHighBits) == 0;
+    }
+    std::uint64_t seen = 0;
+    for (std::size_t i = 0; i < length; ++i) seen |= static_cast<unsigned char>(text[i]);
+    return (seen & 0x80) == 0;
+}
+
+// The well-formed sequence or maximal ill-formed subsequence at `p`. The
+// input is modified UTF-8 or standard UTF-8: the two-byte NUL (C0 80) and
+// three-byte surrogates pass like any other sequence, four-byte sequences
+// are well formed from U+10000 to U+10FFFF.
+struct Sequence {
+    int length;      // bytes taken
+    bool wellFormed;
+};
+Sequence sequenceAt(const unsigned char *p) {
+    const unsigned char lead = p[0];
+    int expected = 0;
+    unsigned char low = 0x80, high = 0xBF;  // range of the second byte
+    if (lead < 0x80) return {1, true};
+    if (lead == 0xC0) expected = 2, high = 0x80;
+    else if (lead >= 0xC2 && lead <= 0xDF) expected = 2;
+    else if (lead == 0xE0) expected = 3, low = 0xA0;
+    else if (lead >= 0xE1 && lead <= 0xEF) expected = 3;
+    else if (lead == 0xF0) expected = 4, low = 0x90;
+    else if (lead >= 0xF1 && lead <= 0xF3) expected = 4;
+    else if (lead == 0xF4) expected = 4, high = 0x8F;
+    else return {1, false};
+    int taken = 1;
+    if (p[1] >= low && p[1] <= high) {
+        taken = 2;
+        while (taken < expected && (p[taken] & 0xC0) == 0x80) ++taken;
+    }
+    return {taken, taken == expected};
+}
+
+// Rewrites `text` from its first sequence that modified UTF-8 cannot carry
+// as it is (`from`): four-byte sequences become the two three-byte encodings
+// of their surrogate pair, each ill-formed subsequence one U+FFFD.
+std::string toModifiedUtf8(const char *text, std::size_t from) {
+    std::string out(text, from);
+    const auto *p = reinterpret_cast<const unsigned char *>(text) + from;
     while (*p) {
-        if ((p[0] & 0xF8) == 0xF0 && (p[1] & 0xC0) == 0x80 && (p[2] & 0xC0) == 0x80 &&
-            (p[3] & 0xC0) == 0x80) {
+        const Sequence s = sequenceAt(p);
+        if (!s.wellFormed) {
+            out += "\xEF\xBF\xBD";
+        } else if (s.length == 4) {
             std::uint32_t cp = (std::uint32_t(p[0] & 0x07) << 18) | (std::uint32_t(p[1] & 0x3F) << 12) |
                                (std::uint32_t(p[2] & 0x3F) << 6) | std::uint32_t(p[3] & 0x3F);
             cp -= 0x10000;
@@ -23,10 +76,10 @@ std::string toModifiedUtf8(const char *text) {
                 out += char(0x80 | ((unit >> 6) & 0x3F));
                 out += char(0x80 | (unit & 0x3F));
             }
-            p += 4;
         } else {
-            out += char(*p++);
+            out.append(reinterpret_cast<const char *>(p), static_cast<std::size_t>(s.length));
         }
+        p += s.length;
     }
     return out;
 }
@@ -39,27 +92,33 @@ static_assert(kNotInitializedBytes == 54);
 
 jstring newJavaString(JNIEnv *jenv, const char *text) {
     if (!text) return nullptr;
-    for (const char *p = text; *p; ++p) {
-        if ((static_cast<unsigned char>(*p) & 0xF8) == 0xF0) return jenv->NewStringUTF(toModifiedUtf8(text).c_str());
+    const std::size_t length = std::strlen(text);
+    if (isAscii(text, length)) return jenv->NewStringUTF(text);
+    const auto *bytes = reinterpret_cast<const unsigned char *>(text);
+    for (std::size_t i = 0; i < length;) {
+        const Sequence s = sequenceAt(bytes + i);
+        if (!s.wellFormed || s.length == 4) return jenv->NewStringUTF(toModifiedUtf8(text, i).c_str());
+        i += static_cast<std::size_t>(s.length);
     }
     return jenv->NewStringUTF(text);
 }
 
 jobjectArray newStringArray(JNIEnv *jenv, jsize count) {
-    jstring empty = jenv->NewStringUTF("");
-    jclass stringClass = jenv->FindClass("java/lang/String");
-    jobjectArray array = stringClass ? jenv->NewObjectArray(count, stringClass, empty) : nullptr;
-    jenv->DeleteLocalRef(stringClass);
-    jenv->DeleteLocalRef(empty);
-    return array;
+    jclass element = state::stringClass();
+    return element ? jenv->NewObjectArray(count, element, state::emptyString()) : nullptr;
 }
 
-void fillStringArray(JNIEnv *jenv, jobjectArray array, int count, ListSource &source) {
+bool fillStringArray(JNIEnv *jenv, jobjectArray array, int count, ListSource &source) {
     for (int i = 0; i < count; ++i) {
-        jstring element = newJavaString(jenv, source.next());
+        const char *text = source.next();
+        jstring element = newJavaString(jenv, text);
+        // A string the runtime could not make ends the list with its exception
+        // pending; a null text reaches Java as null.
+        if (!element && text) return false;
         jenv->SetObjectArrayElement(array, i, element);
         if (element) jenv->DeleteLocalRef(element);
     }
+    return true;
 }
 
 void StringOut::write(std::string_view bytes) {

@@ -97,17 +97,22 @@ template <class... A> constexpr bool parametersMatch(std::string_view signature)
 // ---------------------------------------------------------------------------
 // Values into Java.
 
-// A new Java string from C text; null for a null pointer. Standard UTF-8
-// characters outside the Basic Multilingual Plane (4-byte sequences, which
-// the JVM would silently drop with the rest of the text) are re-encoded as
-// the surrogate pairs of modified UTF-8.
+// A new Java string from C text; null for a null pointer, and null with the
+// runtime's exception pending when it cannot make the string. Standard UTF-8
+// characters outside the Basic Multilingual Plane (well-formed 4-byte
+// sequences, which the JVM would silently drop with the rest of the text) are
+// re-encoded as the surrogate pairs of modified UTF-8; each maximal
+// ill-formed subsequence (the start of a sequence that breaks off, or a byte
+// that starts none) becomes one U+FFFD. Plain ASCII is handed over as it is.
 jstring newJavaString(JNIEnv *jenv, const char *text);
 
-// A new String[] of `count` empty strings (the slots are filled afterwards).
+// A new String[] of `count` empty strings (the slots are filled afterwards);
+// null, with the runtime's exception pending, when it cannot be made.
 jobjectArray newStringArray(JNIEnv *jenv, jsize count);
 
-// Fills slots 0..count-1 of `array` from `source`.
-void fillStringArray(JNIEnv *jenv, jobjectArray array, int count, ListSource &source);
+// Fills slots 0..count-1 of `array` from `source`. Stops at the first string
+// the runtime cannot make and returns false, with its exception pending.
+bool fillStringArray(JNIEnv *jenv, jobjectArray array, int count, ListSource &source);
 
 // ---------------------------------------------------------------------------
 // Strings back into caller buffers.

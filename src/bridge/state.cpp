@@ -1,5 +1,7 @@
 #include "bridge/state.hpp"
 
+#include "bridge/calls.hpp"
+
 extern "C" {
 VELMORA_API void *jvm = nullptr;
 VELMORA_API void *env = nullptr;
@@ -15,10 +17,23 @@ namespace velmora::state {
 
 static_assert(sizeof(::velmora_peach_intermediate_callback_fun) == sizeof(void *));
 static_assert(std::atomic_ref<velmora_intermediate_callback>::is_always_lock_free);
+static_assert(std::atomic_ref<void *>::is_always_lock_free);
+
+namespace {
+jclass stringClassRef = nullptr;
+jstring emptyStringRef = nullptr;
+}  // namespace
+
+MethodSlot resolvedMethods[calls::kRowCount];
+
+void dropResolvedMethods() {
+    for (MethodSlot &slot : resolvedMethods) slot.drop();
+}
 
 void replaceGlobal(void *&slot, JNIEnv *jenv, jobject localOrNull) {
     jobject old = static_cast<jobject>(slot);
-    slot = localOrNull ? jenv->NewGlobalRef(localOrNull) : nullptr;
+    std::atomic_ref(slot).store(localOrNull ? jenv->NewGlobalRef(localOrNull) : nullptr, std::memory_order_release);
+    dropResolvedMethods();
     if (old) jenv->DeleteGlobalRef(old);
 }
 
@@ -28,11 +43,32 @@ void forgetPeachWrapper(JNIEnv *jenv) {
 }
 
 void forgetMachineReferences() {
-    ::cls = nullptr;
-    ::sgc = nullptr;
-    ::pwcls = nullptr;
-    ::pwobj = nullptr;
+    for (void **slot : {&::cls, &::sgc, &::pwcls, &::pwobj}) std::atomic_ref(*slot).store(nullptr);
+    stringClassRef = nullptr;
+    emptyStringRef = nullptr;
+    dropResolvedMethods();
 }
+
+void keepStringReferences(JNIEnv *jenv) {
+    if (!stringClassRef) {
+        jclass local = jenv->FindClass("java/lang/String");
+        if (local) {
+            stringClassRef = static_cast<jclass>(jenv->NewGlobalRef(local));
+            jenv->DeleteLocalRef(local);
+        }
+    }
+    if (!emptyStringRef) {
+        jstring local = jenv->NewStringUTF("");
+        if (local) {
+            emptyStringRef = static_cast<jstring>(jenv->NewGlobalRef(local));
+            jenv->DeleteLocalRef(local);
+        }
+    }
+    jenv->ExceptionClear();
+}
+
+jclass stringClass() { return stringClassRef; }
+jstring emptyString() { return emptyStringRef; }
 
 JNIEnv *attachCurrentThread() {
     JavaVM *machine = vm();

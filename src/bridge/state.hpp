@@ -5,23 +5,32 @@
 #include <jni.h>
 
 #include <atomic>
+#include <cstddef>
 
 #include "velmora.h"
 
 namespace velmora::state {
 
-inline JavaVM *vm() { return static_cast<JavaVM *>(::jvm); }
-inline JNIEnv *startupEnv() { return static_cast<JNIEnv *>(::env); }
-inline jclass managementClass() { return static_cast<jclass>(::cls); }
-inline jobject management() { return static_cast<jobject>(::sgc); }
-inline jclass peachClass() { return static_cast<jclass>(::pwcls); }
-inline jobject peachWrapper() { return static_cast<jobject>(::pwobj); }
+namespace detail {
+// Calls on other threads may read the exported slots while a host points one
+// at another class; every read is one untorn load.
+template <class T> inline T load(void *&slot) {
+    return static_cast<T>(std::atomic_ref(slot).load(std::memory_order_acquire));
+}
+}  // namespace detail
+
+inline JavaVM *vm() { return detail::load<JavaVM *>(::jvm); }
+inline JNIEnv *startupEnv() { return detail::load<JNIEnv *>(::env); }
+inline jclass managementClass() { return detail::load<jclass>(::cls); }
+inline jobject management() { return detail::load<jobject>(::sgc); }
+inline jclass peachClass() { return detail::load<jclass>(::pwcls); }
+inline jobject peachWrapper() { return detail::load<jobject>(::pwobj); }
 
 // The guard of every management call: management object, class and a
 // started runtime, tested in this order.
-inline bool managementReady() { return ::sgc && ::cls && ::env; }
+inline bool managementReady() { return management() && managementClass() && startupEnv(); }
 // The guard of every peach call.
-inline bool peachReady() { return ::pwobj && ::pwcls && ::env; }
+inline bool peachReady() { return peachWrapper() && peachClass() && startupEnv(); }
 
 // Replaces a global-reference slot, releasing the reference it held.
 void replaceGlobal(void *&slot, JNIEnv *jenv, jobject localOrNull);
@@ -29,6 +38,66 @@ void replaceGlobal(void *&slot, JNIEnv *jenv, jobject localOrNull);
 void forgetPeachWrapper(JNIEnv *jenv);
 // Forgets every reference held into a machine that no longer exists.
 void forgetMachineReferences();
+
+// The class java/lang/String and the empty string, both global references
+// made once per machine by start-up; null before that.
+void keepStringReferences(JNIEnv *jenv);
+jclass stringClass();
+jstring emptyString();
+
+// ---------------------------------------------------------------------------
+// Resolved methods: one slot per row of the call table, holding the method ID
+// together with the class reference it was resolved against. Any number of
+// threads read and fill a slot without a lock: a sequence count makes a
+// reader that overlaps a writer see a miss, never half of a pair. Whenever a
+// class reference or the machine is replaced or forgotten, every slot is
+// emptied (`dropResolvedMethods`).
+class MethodSlot {
+public:
+    // The method resolved against `klass`, or null when the slot holds none.
+    jmethodID find(jclass klass) const {
+        const unsigned before = sequence_.load(std::memory_order_acquire);
+        const jclass resolvedOn = klass_.load(std::memory_order_relaxed);
+        const jmethodID method = method_.load(std::memory_order_relaxed);
+        std::atomic_thread_fence(std::memory_order_acquire);
+        const bool stable = (before & 1u) == 0 && sequence_.load(std::memory_order_relaxed) == before;
+        return stable && resolvedOn == klass ? method : nullptr;
+    }
+    // Keeps `method` as resolved against `klass`, unless another thread is
+    // writing the slot right now (its pair wins; this call's result is used
+    // only by this call).
+    void keep(jclass klass, jmethodID method) {
+        unsigned sequence = sequence_.load(std::memory_order_relaxed);
+        if ((sequence & 1u) == 0 && sequence_.compare_exchange_strong(sequence, sequence + 1, std::memory_order_relaxed))
+            write(sequence, klass, method);
+    }
+    // Empties the slot, waiting out a writer in the middle of its few stores.
+    void drop() {
+        unsigned sequence = sequence_.load(std::memory_order_relaxed);
+        while ((sequence & 1u) != 0 ||
+               !sequence_.compare_exchange_weak(sequence, sequence + 1, std::memory_order_relaxed))
+            sequence = sequence_.load(std::memory_order_relaxed);
+        write(sequence, nullptr, nullptr);
+    }
+
+private:
+    void write(unsigned sequence, jclass klass, jmethodID method) {
+        std::atomic_thread_fence(std::memory_order_release);
+        klass_.store(klass, std::memory_order_relaxed);
+        method_.store(method, std::memory_order_relaxed);
+        sequence_.store(sequence + 2, std::memory_order_release);
+    }
+
+    std::atomic<unsigned> sequence_{0};
+    std::atomic<jclass> klass_{nullptr};
+    std::atomic<jmethodID> method_{nullptr};
+};
+
+// The slots, one per row of the call table, in table order.
+extern MethodSlot resolvedMethods[];
+inline MethodSlot &resolvedMethod(std::size_t row) { return resolvedMethods[row]; }
+// Empties every slot.
+void dropResolvedMethods();
 
 inline velmora_intermediate_callback callback() {
     return std::atomic_ref(::velmora_peach_intermediate_callback_fun).load(std::memory_order_acquire);

@@ -21,6 +21,7 @@ int fetchWrapper(JNIEnv *e) {
         return kMethodNotFound;
     }
     state::replaceGlobal(::pwcls, e, wrapperClass);
+    e->DeleteLocalRef(wrapperClass);
 
     jobject wrapper = e->CallObjectMethod(state::management(), getWrapper);
     if (takeException(e)) {
@@ -33,6 +34,7 @@ int fetchWrapper(JNIEnv *e) {
         return kInitFailed;
     }
     state::replaceGlobal(::pwobj, e, wrapper);
+    e->DeleteLocalRef(wrapper);
     return kOk;
 }
 
@@ -43,15 +45,14 @@ using namespace velmora;
 
 extern "C" VELMORA_API int velmora_peach_handle(void) {
     if (!state::managementReady()) return kNotInitialized;
-    CallScope scope(8);
-    if (const int status = scope.status(); status != kOk) return status;
-    JNIEnv *e = scope.env();
+    JNIEnv *e = state::attachCurrentThread();
+    if (!e) return kNotInitialized;
 
     if (!state::peachClass() || !state::peachWrapper()) {
         if (const int status = fetchWrapper(e); status != kOk) return status;
     }
 
-    jmethodID get = e->GetMethodID(state::peachClass(), calls::peach_get.method, calls::peach_get.signature);
+    jmethodID get = detail::resolve(e, state::peachClass(), calls::peach_get, detail::slotOf<calls::peach_get>());
     if (!get) {
         e->ExceptionClear();
         return kMethodNotFound;

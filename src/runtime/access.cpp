@@ -15,7 +15,8 @@ template <const CallRow &Row> int unload(Flag first, auto... more) {
 }
 
 // getPlugin stores the reference as soon as the call returns, before the
-// exception test, and reports a status.
+// exception test, and reports a status. With nowhere to store it, the
+// reference is deleted.
 struct PluginResult {
     using Value = int;
     static constexpr std::string_view kReturns = returnDescriptor(calls::getPlugin);
@@ -24,9 +25,9 @@ struct PluginResult {
     static Value fail(int status) { return status; }
     Value notInitialized() { return kNotInitialized; }
     void invoke(JNIEnv *e, jobject o, jmethodID m, const jvalue *a) { raw = e->CallObjectMethodA(o, m, a); }
-    jobject keep() const { return raw; }
-    void kept(jobject survivor) {
-        if (destination) *destination = survivor;
+    void returned(JNIEnv *e) {
+        if (destination) *destination = raw;
+        else if (raw) e->DeleteLocalRef(raw);
     }
     Value finish(JNIEnv *) { return kOk; }
 };

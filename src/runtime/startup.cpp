@@ -142,6 +142,7 @@ int startUp() {
     }
     state::replaceGlobal(::cls, jenv, management);
     jenv->DeleteLocalRef(management);
+    state::keepStringReferences(jenv);
     attachAsStartupThread();
     return kOk;
 }

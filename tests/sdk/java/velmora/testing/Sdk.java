@@ -28,8 +28,13 @@ import velmora.user.IntermediateResultHandler;
  * The constructors count themselves and can be scripted to throw ("<init>").
  */
 public final class Sdk {
-    /** Benchmarks set -Dvelmora.sdk.quiet=true: nothing is journaled, defaults are returned. */
+    /**
+     * Benchmarks set -Dvelmora.sdk.quiet=true: nothing is journaled, scripts are not read, and int and
+     * String methods return velmora.sdk.quiet.int (default 0) and velmora.sdk.quiet.text (default null).
+     */
     private static final boolean QUIET = Boolean.getBoolean("velmora.sdk.quiet");
+    private static final int QUIET_INT = Integer.getInteger("velmora.sdk.quiet.int", 0);
+    private static final String QUIET_TEXT = System.getProperty("velmora.sdk.quiet.text");
     private static final List<String> entries = new ArrayList<>();
     private static final Map<String, String[]> scripts = new HashMap<>();
     private static final Map<String, Integer> taken = new HashMap<>();
@@ -106,6 +111,7 @@ public final class Sdk {
     }
 
     public static int i(String key, Object... args) {
+        if (QUIET) return QUIET_INT;
         String outcome = record(key, args);
         return outcome == null ? 0 : Integer.parseInt(outcome);
     }
@@ -120,6 +126,7 @@ public final class Sdk {
     }
 
     public static String s(String key, Object... args) {
+        if (QUIET) return QUIET_TEXT;
         String outcome = record(key, args);
         return "null".equals(outcome) ? null : outcome;
     }
