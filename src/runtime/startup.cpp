@@ -74,7 +74,7 @@ int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
     JNIEnv *jenv = nullptr;
     if (api.created(&machine, 1, &count) == JNI_OK && count >= 1) {
         ::jvm = machine;
-        machine->AttachCurrentThread(reinterpret_cast<void **>(&jenv), nullptr);
+        state::attachThread(machine, state::Attach::NonDaemon);
         if (machine->GetEnv(reinterpret_cast<void **>(&jenv), JNI_VERSION_1_4) != JNI_OK) {
             ::env = nullptr;
             return kNotInitialized;
@@ -88,12 +88,12 @@ int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
     }
     ::jvm = machine;
     ::env = jenv;
+    state::detachWhenThreadEnds(machine);  // creating the machine attached this thread
     return kOk;
 }
 
 JNIEnv *attachAsStartupThread() {
-    JNIEnv *jenv = nullptr;
-    state::vm()->AttachCurrentThread(reinterpret_cast<void **>(&jenv), nullptr);
+    JNIEnv *jenv = state::attachThread(state::vm(), state::Attach::NonDaemon);
     ::env = jenv;
     return jenv;
 }
@@ -134,7 +134,7 @@ int startUp() {
     if (!management) {
         jenv->ExceptionClear();
         JavaVM *machine = state::vm();
-        machine->DetachCurrentThread();
+        state::detachCurrentThread(machine);
         machine->DestroyJavaVM();
         ::env = nullptr;
         state::forgetMachineReferences();
