@@ -59,6 +59,12 @@ Location locate(std::string_view libraryFile, const Trace* trace = nullptr);
 // `path` gives -1.
 int findJavaInPath(char* path, const Trace* trace = nullptr);
 
+// Whether `path` names a file (it holds a "/") that exists but is not a
+// regular file: a FIFO, a device or a directory, links followed. Such a path
+// is never handed to the dynamic loader, which could block on it or read it
+// without end; it counts as a library that is absent.
+bool namesIrregularFile(const std::string& path);
+
 // Further guesses for runtimes that keep the library at lib/server/libjvm.so,
 // in order and without duplicates: $JAVA_HOME/lib/server/libjvm.so (JAVA_HOME
 // set and non-empty), then for each java launcher on PATH, fully resolved, the
