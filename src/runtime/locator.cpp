@@ -284,14 +284,38 @@ std::string_view describe(Location::Source source) {
     return "unknown";
 }
 
-std::string ownLibraryFile() {
+namespace {
+
+// The library's file as the loader named it. A relative name (a relative
+// dlopen path or LD_LIBRARY_PATH entry) is relative to the working directory
+// of the moment the library was loaded, so it is made absolute when the
+// library is loaded, while the host cannot have changed directory yet.
+std::string fileAsLoaded() {
     Dl_info info{};
     if (::dladdr(reinterpret_cast<void*>(&velmora_findJavaInPath), &info) == 0 ||
         info.dli_fname == nullptr) {
         return {};
     }
-    return info.dli_fname;
+    std::string file = info.dli_fname;
+    if (file.empty() || file.front() == '/' || file.find('/') == std::string::npos) return file;
+    char* cwd = ::getcwd(nullptr, 0);
+    if (cwd == nullptr) return file;
+    std::string absolute = cwd;
+    std::free(cwd);
+    if (absolute.back() != '/') absolute += '/';
+    return absolute + file;
 }
+
+const std::string& loadedFile() {
+    static const std::string file = fileAsLoaded();
+    return file;
+}
+
+[[gnu::constructor]] void nameLoadedFileAtLoad() { loadedFile(); }
+
+}  // namespace
+
+std::string ownLibraryFile() { return loadedFile(); }
 
 Location locate(std::string_view libraryFile, const Trace* trace) {
     Location where;

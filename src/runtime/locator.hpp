@@ -45,8 +45,9 @@ struct Location {
 // Short human-readable name of a source ("configuration file", ...).
 std::string_view describe(Location::Source source);
 
-// Path of the file that holds this library, as the dynamic loader names it;
-// "" when the loader cannot say.
+// Path of the file that holds this library, as the dynamic loader names it,
+// a relative name made absolute against the working directory the library
+// was loaded in; "" when the loader cannot say.
 std::string ownLibraryFile();
 
 // Runs the whole search for a library file path as the loader reported it

@@ -1,5 +1,6 @@
 // Start-up under conditions a host can create: the start-up thread ends
-// before a failing initialiser destroys the machine, and runtime library
+// before a failing initialiser destroys the machine, the library was loaded
+// by a relative path and the host changed directory, and runtime library
 // candidates that are FIFOs. A hang ends the process through alarm().
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,6 +21,24 @@ TEST(HostConditions, NoConstructorAfterTheStartupThreadEnded) {
     alarm(kHangSeconds);
     EXPECT_EQ(VELMORA_FN(s, velmora_init)(), VELMORA_STATUS_NO_CONSTRUCTOR);
     alarm(0);
+}
+
+TEST(HostConditions, RelativeLibraryPathSurvivesAChangeOfDirectory) {
+    char pattern[] = "/tmp/velmora-relative-XXXXXX";
+    const fs::path dir = mkdtemp(pattern);
+    fs::create_directory(dir / "lib");
+    fs::copy_file(fs::canonical(VELMORA_TEST_LIB_DIR "/libvelmora.so"), dir / "lib" / "libvelmora.so");
+    fs::copy_file(mainJar(), dir / "lib" / "velmora.jar");
+    fs::current_path(dir);
+    void *library = dlopen("./lib/libvelmora.so", RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    fs::current_path("/");
+
+    auto init = reinterpret_cast<decltype(&velmora_init)>(dlsym(library, "velmora_init"));
+    auto open = reinterpret_cast<decltype(&velmora_open)>(dlsym(library, "velmora_open"));
+    EXPECT_EQ(init(), 0);
+    EXPECT_EQ(open(), 0);
+    fs::remove_all(dir);
 }
 
 // FIFOs stand where runtime libraries are looked for; the search passes them
