@@ -14,11 +14,20 @@ inline int javaThreadCount() {
     if (velmora_getJavaVM()->GetEnv(reinterpret_cast<void **>(&e), JNI_VERSION_1_6) != JNI_OK)
         throw std::runtime_error("javaThreadCount: the calling thread is not attached");
     e->PushLocalFrame(8);
+    jint count = -1;
     jclass factory = e->FindClass("java/lang/management/ManagementFactory");
-    jmethodID bean = e->GetStaticMethodID(factory, "getThreadMXBean", "()Ljava/lang/management/ThreadMXBean;");
-    jobject threads = e->CallStaticObjectMethod(factory, bean);
-    jclass beanClass = e->FindClass("java/lang/management/ThreadMXBean");
-    const jint count = e->CallIntMethod(threads, e->GetMethodID(beanClass, "getThreadCount", "()I"));
+    jclass beanClass = factory ? e->FindClass("java/lang/management/ThreadMXBean") : nullptr;
+    jmethodID bean = beanClass ? e->GetStaticMethodID(factory, "getThreadMXBean", "()Ljava/lang/management/ThreadMXBean;")
+                               : nullptr;
+    jmethodID getCount = bean ? e->GetMethodID(beanClass, "getThreadCount", "()I") : nullptr;
+    jobject threads = getCount ? e->CallStaticObjectMethod(factory, bean) : nullptr;
+    if (threads && !e->ExceptionCheck()) count = e->CallIntMethod(threads, getCount);
+    if (e->ExceptionCheck()) {
+        e->ExceptionDescribe();
+        e->ExceptionClear();
+        count = -1;
+    }
     e->PopLocalFrame(nullptr);
+    if (count < 0) throw std::runtime_error("javaThreadCount: ThreadMXBean.getThreadCount failed");
     return count;
 }
