@@ -45,11 +45,30 @@
  *    size (pass -1 to learn the size). On out-of-range and on too-small, buf
  *    holds "" when its capacity is not 0. A null name from Java is delivered
  *    as "". A null index pointer reads as out of range and is not written.
- *  - Any thread may call any function. The first call on a thread attaches
- *    it to the JVM (as a daemon thread) and it stays attached. No call takes
- *    a lock. Start-up, the initialisers, the unload functions,
- *    velmora_peach_handle's first call and the intermediate-result handler
- *    registration must not run concurrently with other calls.
+ *  - Any thread may call any function, and no call takes a lock. The first
+ *    call on a thread attaches it to the JVM: as a daemon thread, or as an
+ *    ordinary thread when that call is start-up or an initialiser. The
+ *    thread stays attached until it ends, and the library detaches it then.
+ *    A thread that was attached before its first call (by the host, or a
+ *    Java thread delivering intermediate results) is never detached by the
+ *    library. So short-lived threads leave no Java thread behind, and a host
+ *    may destroy the JVM (velmora_getJavaVM()->DestroyJavaVM()) once the
+ *    threads that ran start-up or an initialiser have ended.
+ *  - Calls that must not overlap any other call into the library, on any
+ *    thread: velmora_initJava, the four initialisers, the three unload
+ *    functions, the first velmora_peach_handle (the one that fetches the
+ *    peach wrapper, and the first after an unload) and
+ *    velmora_peach_setIntermediateResultHandler. They replace the
+ *    process-wide state (the JVM, the management object, the peach wrapper,
+ *    the callback) that every other call reads without a lock, so run them
+ *    before other threads start calling or while those threads are idle.
+ *    If one of them overlaps another call, the behaviour is undefined: the
+ *    other call may reach the old management object or peach wrapper, or use
+ *    a reference to it that is being released, which the JVM may answer by
+ *    aborting the process; two start-ups at once may both try to create a
+ *    JVM. Intermediate results are the exception: the callback may run on
+ *    the SDK's threads at any time, also during a registration, and each
+ *    text goes to either the old or the new callback.
  *  - Every call releases the JNI local references it created before it
  *    returns, except the references that velmora_getPlugin and
  *    velmora_getPluginClass hand to the caller.
@@ -162,7 +181,12 @@ extern VELMORA_API velmora_intermediate_callback velmora_peach_intermediate_call
  * -Xmx128M and -Dcom.sun.management.jmxremote, and finds the management
  * class. Returns 0, -22 (runtime library not loadable; the loader's message
  * is printed on stdout), -11 (JVM could not be created or joined) or -12
- * (management class missing; the JVM is destroyed). */
+ * (management class missing; the JVM is destroyed). <libdir> is the
+ * directory of the library file; a relative name the library was loaded by
+ * is taken against the working directory at load time. The runtime library
+ * must be a regular file: a FIFO, device or directory counts as absent (a
+ * configured one gives -22 with "<path>: cannot open shared object file:
+ * Not a regular file"). */
 VELMORA_API int velmora_initJava(void);
 
 /* The initialisers run start-up when no JVM is ready, construct a new

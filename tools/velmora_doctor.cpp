@@ -59,8 +59,10 @@ void traceLocator(const std::string &libraryFile) {
     if (location.source != velmora::runtime::Location::Source::BareName) return;
     std::printf("  (the bare name is left to the loader; if it cannot load it, current JDK layouts are tried)\n");
     for (const std::string &candidate : velmora::runtime::modernRuntimeCandidates()) {
-        const bool exists = fs::exists(candidate);
-        std::printf("  %-20s %s%s\n", "modern layout", candidate.c_str(), exists ? "  <- exists" : "");
+        const char *found = velmora::runtime::namesIrregularFile(candidate) ? "  <- not a regular file, skipped"
+                            : fs::exists(candidate)                           ? "  <- exists"
+                                                                              : "";
+        std::printf("  %-20s %s%s\n", "modern layout", candidate.c_str(), found);
     }
 }
 

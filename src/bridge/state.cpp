@@ -1,5 +1,7 @@
 #include "bridge/state.hpp"
 
+#include <pthread.h>
+
 #include "bridge/calls.hpp"
 
 extern "C" {
@@ -70,14 +72,56 @@ void keepStringReferences(JNIEnv *jenv) {
 jclass stringClass() { return stringClassRef; }
 jstring emptyString() { return emptyStringRef; }
 
-JNIEnv *attachCurrentThread() {
-    JavaVM *machine = vm();
-    if (!machine) return nullptr;
+namespace {
+
+// Detaches a thread that ends while still attached to `machine`. Runs after
+// the JVM's own thread-local data is restored for exactly this purpose, and
+// does nothing once the machine is gone or the host detached the thread.
+void detachEndingThread(void *machine) {
+    auto *vm = static_cast<JavaVM *>(machine);
+    JNIEnv *jenv = nullptr;
+    if (vm->GetEnv(reinterpret_cast<void **>(&jenv), JNI_VERSION_1_4) == JNI_OK) vm->DetachCurrentThread();
+}
+
+// Holds, on each thread that the library attached, the machine to detach it
+// from when it ends. Threads that the host attached itself never carry it.
+struct AttachedThreads {
+    pthread_key_t key{};
+    bool usable = pthread_key_create(&key, detachEndingThread) == 0;
+};
+
+AttachedThreads &attachedThreads() {
+    static AttachedThreads threads;
+    return threads;
+}
+
+}  // namespace
+
+void detachWhenThreadEnds(JavaVM *machine) {
+    AttachedThreads &threads = attachedThreads();
+    if (threads.usable) pthread_setspecific(threads.key, machine);
+}
+
+JNIEnv *attachThread(JavaVM *machine, Attach kind) {
     JNIEnv *jenv = nullptr;
     if (machine->GetEnv(reinterpret_cast<void **>(&jenv), JNI_VERSION_1_4) == JNI_OK) return jenv;
     jenv = nullptr;
-    machine->AttachCurrentThreadAsDaemon(reinterpret_cast<void **>(&jenv), nullptr);
+    const jint attached = kind == Attach::Daemon
+                              ? machine->AttachCurrentThreadAsDaemon(reinterpret_cast<void **>(&jenv), nullptr)
+                              : machine->AttachCurrentThread(reinterpret_cast<void **>(&jenv), nullptr);
+    if (attached != JNI_OK) return nullptr;
+    detachWhenThreadEnds(machine);
     return jenv;
+}
+
+JNIEnv *attachCurrentThread() {
+    JavaVM *machine = vm();
+    return machine ? attachThread(machine, Attach::Daemon) : nullptr;
+}
+
+void detachCurrentThread(JavaVM *machine) {
+    machine->DetachCurrentThread();
+    detachWhenThreadEnds(nullptr);
 }
 
 }  // namespace velmora::state

@@ -106,9 +106,29 @@ inline void setCallback(velmora_intermediate_callback cb) {
     std::atomic_ref(::velmora_peach_intermediate_callback_fun).store(cb, std::memory_order_release);
 }
 
+// Thread attachment. Every thread that the library attaches is detached
+// again when it ends, whichever call attached it (a pthread key destructor),
+// so that short-lived host threads leave no Java thread behind and a
+// non-daemon start-up thread that ended cannot hold up DestroyJavaVM.
+// Threads that were attached already (by the host, or by the JVM itself) are
+// left as they are.
+enum class Attach { Daemon, NonDaemon };
+
+// The calling thread's environment in `machine`, attaching the thread when it
+// is not attached yet. Null if it cannot attach.
+JNIEnv *attachThread(JavaVM *machine, Attach kind);
+
 // The calling thread's JNI environment, attaching the thread (as a daemon, so
-// that a host thread ending without detaching can never hold up the JVM's
-// shutdown) when it is not attached yet. Null if the thread cannot attach.
+// that a host thread can never hold up the JVM's shutdown) when it is not
+// attached yet. Costs one GetEnv on an attached thread. Null if the thread
+// cannot attach.
 JNIEnv *attachCurrentThread();
+
+// Makes the calling thread, which `machine` already knows (the thread that
+// created it), be detached when it ends; null cancels that.
+void detachWhenThreadEnds(JavaVM *machine);
+
+// Detaches the calling thread now.
+void detachCurrentThread(JavaVM *machine);
 
 }  // namespace velmora::state

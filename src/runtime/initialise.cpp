@@ -16,9 +16,7 @@ int constructManagementObject() {
     if (!::env) {
         if (const int status = runtime::startUp(); status != kOk) return status;
     } else {
-        JNIEnv *jenv = nullptr;
-        state::vm()->AttachCurrentThread(reinterpret_cast<void **>(&jenv), nullptr);
-        ::env = jenv;
+        ::env = state::attachThread(state::vm(), state::Attach::NonDaemon);
     }
     JNIEnv *jenv = state::startupEnv();
     jclass klass = state::managementClass();
@@ -26,6 +24,7 @@ int constructManagementObject() {
     if (!constructor) {
         jenv->ExceptionClear();
         state::vm()->DestroyJavaVM();
+        state::detachWhenThreadEnds(nullptr);  // nothing is left to detach from
         ::env = nullptr;
         state::forgetMachineReferences();
         return kNoConstructor;

@@ -44,6 +44,10 @@ constexpr std::array<std::string_view, 4> kLauncherHomeCandidates = {
 constexpr std::string_view kModernSuffix = "lib/server/libjvm.so";
 constexpr const char* kDefaultModernRuntime = "/usr/lib/jvm/default-java/lib/server/libjvm.so";
 
+// The configuration file is read up to this many bytes; the rest of a larger
+// file is ignored.
+constexpr long kConfigReadLimit = 1 << 20;
+
 // A link chain longer than this is given up, whatever the files say.
 constexpr int kMaxLinkHops = 64;
 
@@ -72,12 +76,40 @@ bool compose(char* buffer, std::initializer_list<std::string_view> parts) {
     return true;
 }
 
-// The test every candidate must pass: it can be opened for reading. A FIFO
-// must not block the search, hence O_NONBLOCK.
-bool opensForReading(const char* path) {
+// Opens `path` for reading without ever blocking (an ordinary open of a FIFO
+// waits for a writer) and keeps it only when it is a regular file: a FIFO, a
+// device or a directory counts as absent, since reading or loading it could
+// block or never end. Returns the descriptor, or -1 with the reason in `why`.
+int openRegularFile(const char* path, std::string_view& why) {
+    int fd = ::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    if (fd < 0) {
+        why = "cannot open";
+        return -1;
+    }
+    struct stat status;
+    if (::fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+        ::close(fd);
+        why = "not a regular file";
+        return -1;
+    }
+    return fd;
+}
+
+// Whether `path` (of any kind) opens for reading; never blocks.
+bool opens(const char* path) {
     int fd = ::open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (fd < 0) return false;
     ::close(fd);
+    return true;
+}
+
+// The test every runtime library candidate must pass: it opens for reading
+// and is a regular file. `why` says what was found.
+bool opensForReading(const char* path, std::string_view& why) {
+    int fd = openRegularFile(path, why);
+    if (fd < 0) return false;
+    ::close(fd);
+    why = "opened";
     return true;
 }
 
@@ -108,13 +140,20 @@ std::string_view withoutLineEnd(std::string_view line) {
 // Reads the configured runtime path, if any. A JVMPATH line replaces what an
 // earlier one gave; the first JVM64PATH line wins and ends the reading.
 std::optional<std::string> readConfig(const std::string& configPath, const Trace* trace) {
-    std::FILE* file = std::fopen(configPath.c_str(), "re");
-    note(trace, "config file", {configPath, file ? ": opened" : ": not readable, skipped"});
+    std::string_view why;
+    const int fd = openRegularFile(configPath.c_str(), why);
+    std::FILE* file = fd < 0 ? nullptr : ::fdopen(fd, "r");
+    if (fd >= 0 && file == nullptr) ::close(fd);
+    note(trace, "config file", {configPath, file ? ": opened" : ": ", file ? "" : why, file ? "" : ", skipped"});
     if (file == nullptr) return std::nullopt;
 
     std::optional<std::string> value;
     char line[kPathBuffer];  // a longer line arrives in several pieces
     while (std::fgets(line, sizeof line, file) != nullptr) {
+        if (std::ftell(file) > kConfigReadLimit) {
+            note(trace, "config file", {"longer than the reading limit, the rest is ignored"});
+            break;
+        }
         std::string_view rest(line);  // up to the first NUL byte, like any C string
         std::string_view key = nextToken(rest);
         std::string_view found = nextToken(rest);
@@ -149,8 +188,9 @@ std::optional<std::string> searchJavaHome(const Trace* trace) {
             note(trace, "JAVA_HOME candidate", {"$JAVA_HOME", suffix, ": too long, skipped"});
             continue;
         }
-        bool opened = opensForReading(candidate);
-        note(trace, "JAVA_HOME candidate", {candidate, opened ? ": opened" : ": cannot open"});
+        std::string_view why;
+        bool opened = opensForReading(candidate, why);
+        note(trace, "JAVA_HOME candidate", {candidate, ": ", why});
         if (opened) return std::string(candidate);
     }
     return std::nullopt;
@@ -166,8 +206,9 @@ bool tryLauncherHome(char* path, const Trace* trace) {
             note(trace, "candidate", {home, "/", relative, ": too long, skipped"});
             continue;
         }
-        bool opened = opensForReading(path);
-        note(trace, "candidate", {path, opened ? ": opened" : ": cannot open"});
+        std::string_view why;
+        bool opened = opensForReading(path, why);
+        note(trace, "candidate", {path, ": ", why});
         if (opened) return true;
     }
     return false;
@@ -182,7 +223,7 @@ bool searchPathEntry(std::string_view entry, char* path, const Trace* trace) {
     }
     note(trace, "PATH entry", {"'", entry, "': trying ", path});
     for (int hops = 0;; ++hops) {
-        if (!opensForReading(path)) {
+        if (!opens(path)) {
             note(trace, "launcher", {path, ": cannot open, next entry"});
             return false;
         }
@@ -243,14 +284,38 @@ std::string_view describe(Location::Source source) {
     return "unknown";
 }
 
-std::string ownLibraryFile() {
+namespace {
+
+// The library's file as the loader named it. A relative name (a relative
+// dlopen path or LD_LIBRARY_PATH entry) is relative to the working directory
+// of the moment the library was loaded, so it is made absolute when the
+// library is loaded, while the host cannot have changed directory yet.
+std::string fileAsLoaded() {
     Dl_info info{};
     if (::dladdr(reinterpret_cast<void*>(&velmora_findJavaInPath), &info) == 0 ||
         info.dli_fname == nullptr) {
         return {};
     }
-    return info.dli_fname;
+    std::string file = info.dli_fname;
+    if (file.empty() || file.front() == '/' || file.find('/') == std::string::npos) return file;
+    char* cwd = ::getcwd(nullptr, 0);
+    if (cwd == nullptr) return file;
+    std::string absolute = cwd;
+    std::free(cwd);
+    if (absolute.back() != '/') absolute += '/';
+    return absolute + file;
 }
+
+const std::string& loadedFile() {
+    static const std::string file = fileAsLoaded();
+    return file;
+}
+
+[[gnu::constructor]] void nameLoadedFileAtLoad() { loadedFile(); }
+
+}  // namespace
+
+std::string ownLibraryFile() { return loadedFile(); }
 
 Location locate(std::string_view libraryFile, const Trace* trace) {
     Location where;
@@ -274,6 +339,9 @@ Location locate(std::string_view libraryFile, const Trace* trace) {
         where.runtimePath = std::move(path);
         where.source = source;
         note(trace, "runtime library", {where.runtimePath, " (", describe(source), ")"});
+        if (namesIrregularFile(where.runtimePath)) {
+            note(trace, "runtime library", {"not a regular file: start-up will not load it (-22)"});
+        }
         return where;
     };
 
@@ -288,6 +356,11 @@ Location locate(std::string_view libraryFile, const Trace* trace) {
     char found[kPathBuffer] = {};
     if (findJavaInPath(found, trace) == 0) return choose(found, Location::Source::Path);
     return choose(kBareName, Location::Source::BareName);
+}
+
+bool namesIrregularFile(const std::string& path) {
+    struct stat status;
+    return path.find('/') != std::string::npos && ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
 int findJavaInPath(char* path, const Trace* trace) {

@@ -45,8 +45,9 @@ struct Location {
 // Short human-readable name of a source ("configuration file", ...).
 std::string_view describe(Location::Source source);
 
-// Path of the file that holds this library, as the dynamic loader names it;
-// "" when the loader cannot say.
+// Path of the file that holds this library, as the dynamic loader names it,
+// a relative name made absolute against the working directory the library
+// was loaded in; "" when the loader cannot say.
 std::string ownLibraryFile();
 
 // Runs the whole search for a library file path as the loader reported it
@@ -58,6 +59,12 @@ Location locate(std::string_view libraryFile, const Trace* trace = nullptr);
 // `path` (untouched when PATH is unset or holds no usable entry). A null
 // `path` gives -1.
 int findJavaInPath(char* path, const Trace* trace = nullptr);
+
+// Whether `path` names a file (it holds a "/") that exists but is not a
+// regular file: a FIFO, a device or a directory, links followed. Such a path
+// is never handed to the dynamic loader, which could block on it or read it
+// without end; it counts as a library that is absent.
+bool namesIrregularFile(const std::string& path);
 
 // Further guesses for runtimes that keep the library at lib/server/libjvm.so,
 // in order and without duplicates: $JAVA_HOME/lib/server/libjvm.so (JAVA_HOME

@@ -33,26 +33,38 @@ bool reportLoaderError() {
     return true;
 }
 
+// Loads one runtime library file, or gives the reason why not in `error`. A
+// path naming a FIFO, a device or a directory is refused before the loader
+// sees it (the loader would block on a FIFO), with a text in the loader's
+// manner.
+void *openRuntime(const std::string &path, std::string &error) {
+    if (namesIrregularFile(path)) {
+        error = path + ": cannot open shared object file: Not a regular file";
+        return nullptr;
+    }
+    dlerror();
+    void *handle = dlopen(path.c_str(), RTLD_LAZY);
+    if (const char *text = dlerror()) error = text;
+    return handle;
+}
+
 // Loads the located runtime library into jvmlibHandle. When the search ended
 // with the bare name and the loader cannot find it, the places where current
 // JDKs keep libjvm are tried before giving up with the bare name's error.
 bool loadRuntimeLibrary(const Location &location) {
-    dlerror();
-    ::jvmlibHandle = dlopen(location.runtimePath.c_str(), RTLD_LAZY);
-    const char *error = dlerror();
-    if (!error) return true;
-    const std::string bareNameError = error;
+    std::string error;
+    ::jvmlibHandle = openRuntime(location.runtimePath, error);
+    if (error.empty()) return true;
     if (location.source == Location::Source::BareName) {
         for (const std::string &candidate : modernRuntimeCandidates()) {
-            if (void *handle = dlopen(candidate.c_str(), RTLD_LAZY)) {
+            std::string ignored;
+            if (void *handle = openRuntime(candidate, ignored)) {
                 ::jvmlibHandle = handle;
-                dlerror();
                 return true;
             }
         }
-        dlerror();
     }
-    std::puts(bareNameError.c_str());
+    std::puts(error.c_str());
     std::fflush(stdout);
     return false;
 }
@@ -74,7 +86,7 @@ int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
     JNIEnv *jenv = nullptr;
     if (api.created(&machine, 1, &count) == JNI_OK && count >= 1) {
         ::jvm = machine;
-        machine->AttachCurrentThread(reinterpret_cast<void **>(&jenv), nullptr);
+        state::attachThread(machine, state::Attach::NonDaemon);
         if (machine->GetEnv(reinterpret_cast<void **>(&jenv), JNI_VERSION_1_4) != JNI_OK) {
             ::env = nullptr;
             return kNotInitialized;
@@ -88,12 +100,12 @@ int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
     }
     ::jvm = machine;
     ::env = jenv;
+    state::detachWhenThreadEnds(machine);  // creating the machine attached this thread
     return kOk;
 }
 
 JNIEnv *attachAsStartupThread() {
-    JNIEnv *jenv = nullptr;
-    state::vm()->AttachCurrentThread(reinterpret_cast<void **>(&jenv), nullptr);
+    JNIEnv *jenv = state::attachThread(state::vm(), state::Attach::NonDaemon);
     ::env = jenv;
     return jenv;
 }
@@ -134,7 +146,7 @@ int startUp() {
     if (!management) {
         jenv->ExceptionClear();
         JavaVM *machine = state::vm();
-        machine->DetachCurrentThread();
+        state::detachCurrentThread(machine);
         machine->DestroyJavaVM();
         ::env = nullptr;
         state::forgetMachineReferences();
