@@ -9,6 +9,7 @@ int indexedName(const CallRow &count, state::MethodSlot &countSlot, const CallRo
     JNIEnv *e = state::attachCurrentThread();
     if (!e) return kNotInitialized;
 
+    e->ExceptionClear();  // whatever the host left pending, before any lookup
     jclass klass = state::managementClass();
     jmethodID countMethod = detail::resolve(e, klass, count, countSlot);
     jmethodID nameMethod = countMethod ? detail::resolve(e, klass, name, nameSlot) : nullptr;
@@ -16,7 +17,6 @@ int indexedName(const CallRow &count, state::MethodSlot &countSlot, const CallRo
         e->ExceptionClear();
         return kMethodNotFound;
     }
-    e->ExceptionClear();
 
     jobject target = state::management();
     const jint size = e->CallIntMethod(target, countMethod, static_cast<jint>(handle));

@@ -2,9 +2,13 @@
 // on the management object or on the peach wrapper is a single use of
 // `forward<Row>(result, arguments...)`:
 //
-//   guard -> attach -> lookup -> (peach: clear) -> -12 test -> string lists ->
-//   (management: clear) -> other arguments -> call -> exception test (-13) ->
-//   result conversion -> the call's local references deleted.
+//   guard -> attach -> clear -> lookup -> -12 test -> string lists ->
+//   other arguments -> call -> exception test (-13) -> result conversion ->
+//   the call's local references deleted.
+//
+// An exception that the host left pending on its thread is discarded by every
+// call that passes the guard. It is cleared before anything else, so that no
+// JNI function (a lookup, a list's strings) ever runs with it pending.
 //
 // The method of each row is resolved once per class reference and kept in the
 // row's slot (state.hpp). A call makes local references only for what it
@@ -261,8 +265,7 @@ template <class... A> inline bool listsReadable(const A &...args) {
 }
 
 // Builds the Java arguments in the order the frame fixes: all string-list
-// arrays are created, then filled (in argument order), then - for the
-// management target - pending exceptions are cleared, then the other values
+// arrays are created, then filled (in argument order), then the other values
 // are converted. Stops at the first array or string that the runtime cannot
 // make and returns false, with its exception pending.
 template <Target T, class... A, std::size_t... I>
@@ -282,7 +285,6 @@ bool buildArguments(JNIEnv *e, jvalue *values, std::index_sequence<I...>, const 
     };
     (fill(I, args), ...);
     if (!made) return false;
-    if constexpr (T == Target::Management) e->ExceptionClear();
     [[maybe_unused]] auto convert = [&](std::size_t i, const auto &a) {
         using Kind = std::decay_t<decltype(a)>;
         if constexpr (!kIsList<Kind>) {
@@ -309,8 +311,8 @@ typename std::remove_cvref_t<R>::Value forward(R &&result, A... args) {
     JNIEnv *e = state::attachCurrentThread();
     if (!e) return result.notInitialized();
 
+    e->ExceptionClear();
     jmethodID method = detail::resolve(e, detail::targetClass<kTarget>(), Row, detail::slotOf<Row>());
-    if constexpr (kTarget == Target::Peach) e->ExceptionClear();
     if (!method) {
         e->ExceptionClear();
         return result.fail(kMethodNotFound);

@@ -55,8 +55,14 @@ TEST_F(Forwarding, EveryFunctionReachesItsOverloadAndDeliversItsResult) {
 // The handler registration is the exception: it reads a pending exception as
 // its handler object's failure (-13) before Java is called.
 TEST_F(Forwarding, AnExceptionLeftPendingByTheHostIsNoFailure) {
-    expectReached([] { threadEnv()->ThrowNew(threadEnv()->FindClass("java/lang/IllegalStateException"), "host"); },
-                  "peach_setIntermediateResultHandler");
+    expectReached(
+        [] {
+            JNIEnv *e = threadEnv();
+            jclass thrown = e->FindClass("java/lang/IllegalStateException");
+            e->ThrowNew(thrown, "host");
+            e->DeleteLocalRef(thrown);
+        },
+        "peach_setIntermediateResultHandler");
 }
 
 TEST_F(Forwarding, AThrowingMethodIs13WithNoOutputAndNothingPending) {
