@@ -1,5 +1,6 @@
 # cmake -DSTEP=<install|cmake|pkg-config|cc> -DBUILD=<build tree> -DPREFIX=<dir>
-#       -DSOURCE=<consumer dir> -DCC=<C compiler> -DJAR=<SDK double jar> -P consumers.cmake
+#       -DSOURCE=<consumer dir> -DCC=<C compiler> -DGENERATOR=<CMake generator>
+#       -DJAR=<SDK double jar> -P consumers.cmake
 # install: installs BUILD into a fresh PREFIX, checks the layout, then puts the
 # SDK double where the vendor's jars go. The other steps build the consumer
 # against PREFIX one way each and run it.
@@ -25,7 +26,8 @@ if(STEP STREQUAL "install")
   file(COPY ${JAR} DESTINATION ${PREFIX}/lib)
 elseif(STEP STREQUAL "cmake")
   file(REMOVE_RECURSE ${work})
-  run(${CMAKE_COMMAND} -S ${SOURCE} -B ${work} -DCMAKE_PREFIX_PATH=${PREFIX} -DCMAKE_C_COMPILER=${CC})
+  run(${CMAKE_COMMAND} -S ${SOURCE} -B ${work} -G ${GENERATOR} -DCMAKE_PREFIX_PATH=${PREFIX}
+    -DCMAKE_C_COMPILER=${CC})
   run(${CMAKE_COMMAND} --build ${work})
   run(${work}/consumer)
 else()
