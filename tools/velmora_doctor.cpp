@@ -81,19 +81,23 @@ bool hasJar(const fs::path &dir, const char *jar) {
     return fs::is_regular_file(dir / jar, ec);
 }
 
-// Java homes under the usual directories, each with the runtime library path
-// that a configuration line would name.
-std::vector<std::string> installedRuntimes() {
-    std::vector<std::string> found;
+// A Java runtime found under the usual directories.
+struct Runtime {
+    std::string home;     // what JAVA_HOME would name
+    std::string library;  // what a configuration line would name
+};
+
+std::vector<Runtime> installedRuntimes() {
+    std::vector<Runtime> found;
     std::set<fs::path> seen;
     for (const char *root : {"/usr/lib/jvm", "/usr/java", "/usr/local", "/opt", "/opt/java"}) {
         std::error_code ec;
         for (const fs::directory_entry &home : fs::directory_iterator(root, ec)) {
             for (const char *layout : {"lib/server/libjvm.so", "jre/lib/amd64/server/libjvm.so"}) {
-                const fs::path runtime = home.path() / layout;
+                const fs::path library = home.path() / layout;
                 std::error_code exists;
-                if (!fs::is_regular_file(runtime, exists) || !seen.insert(fs::canonical(runtime, exists)).second) continue;
-                found.push_back(runtime.string());
+                if (!fs::is_regular_file(library, exists) || !seen.insert(fs::canonical(library, exists)).second) continue;
+                found.push_back({home.path().string(), library.string()});
             }
         }
     }
@@ -101,16 +105,16 @@ std::vector<std::string> installedRuntimes() {
 }
 
 void adviseRuntimes(const std::string &dir) {
-    const std::vector<std::string> runtimes = installedRuntimes();
+    const std::vector<Runtime> runtimes = installedRuntimes();
     if (runtimes.empty()) {
         advise("no Java runtime found under /usr/lib/jvm, /usr/java, /usr/local or /opt: install one "
                "(Debian: apt-get install openjdk-17-jre-headless)");
         return;
     }
     advise("Java runtimes on this machine:");
-    for (const std::string &runtime : runtimes) std::printf("       %s\n", runtime.c_str());
-    advise("point at one with a line JVM64PATH=" + runtimes.front() + " in " + dir +
-           "/VelmoraDLL.conf, or set JAVA_HOME to its home (the directory above lib/)");
+    for (const Runtime &runtime : runtimes) std::printf("       %s\n", runtime.library.c_str());
+    advise("point at one with a line JVM64PATH=" + runtimes.front().library + " in " + dir +
+           "/VelmoraDLL.conf, or with JAVA_HOME=" + runtimes.front().home);
 }
 
 struct LocatorReport {
@@ -130,10 +134,9 @@ LocatorReport traceLocator(const std::string &libraryFile) {
     };
     report.location = velmora::runtime::locate(libraryFile, &trace);
     if (const char *home = std::getenv("JAVA_HOME"); home && !fs::is_directory(home)) {
-        const std::vector<std::string> runtimes = installedRuntimes();
+        const std::vector<Runtime> runtimes = installedRuntimes();
         advise(std::string("JAVA_HOME names '") + home + "', which is not a directory: unset it or point it at a "
-               "Java home such as " + (runtimes.empty() ? std::string("/usr/lib/jvm/<jdk>") :
-               fs::path(runtimes.front()).parent_path().parent_path().parent_path().string()));
+               "Java home such as " + (runtimes.empty() ? std::string("/usr/lib/jvm/<jdk>") : runtimes.front().home));
     }
     if (report.location.source != velmora::runtime::Location::Source::BareName) return report;
     std::printf("  (the bare name is left to the loader; if it cannot load it, current JDK layouts are tried)\n");
