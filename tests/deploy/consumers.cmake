@@ -1,6 +1,6 @@
 # cmake -DSTEP=<install|cmake|pkg-config|cc> -DBUILD=<build tree> -DPREFIX=<dir>
-#       -DSOURCE=<consumer dir> -DCC=<C compiler> -DGENERATOR=<CMake generator>
-#       -DJAR=<SDK double jar> -P consumers.cmake
+#       -DLIBDIR=<library dir under PREFIX> -DSOURCE=<consumer dir> -DCC=<C compiler>
+#       -DGENERATOR=<CMake generator> -DJAR=<SDK double jar> -P consumers.cmake
 # install: installs BUILD into a fresh PREFIX, checks the layout, then puts the
 # SDK double where the vendor's jars go. The other steps build the consumer
 # against PREFIX one way each and run it.
@@ -12,9 +12,9 @@ set(work ${PREFIX}-${STEP})
 if(STEP STREQUAL "install")
   file(REMOVE_RECURSE ${PREFIX})
   run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${PREFIX})
-  foreach(file include/velmora.h include/velmora_version.h lib/libvelmora.so lib/libvelmora.so.1
-      bin/velmora-doctor lib/cmake/velmora/velmoraConfig.cmake
-      lib/cmake/velmora/velmoraConfigVersion.cmake lib/pkgconfig/velmora.pc)
+  foreach(file include/velmora.h include/velmora_version.h ${LIBDIR}/libvelmora.so ${LIBDIR}/libvelmora.so.1
+      bin/velmora-doctor ${LIBDIR}/cmake/velmora/velmoraConfig.cmake
+      ${LIBDIR}/cmake/velmora/velmoraConfigVersion.cmake ${LIBDIR}/pkgconfig/velmora.pc)
     if(NOT EXISTS ${PREFIX}/${file})
       message(FATAL_ERROR "not installed: ${file}")
     endif()
@@ -23,7 +23,7 @@ if(STEP STREQUAL "install")
   if(jars)
     message(FATAL_ERROR "the SDK test double was installed: ${jars}")
   endif()
-  file(COPY ${JAR} DESTINATION ${PREFIX}/lib)
+  file(COPY ${JAR} DESTINATION ${PREFIX}/${LIBDIR})
 elseif(STEP STREQUAL "cmake")
   file(REMOVE_RECURSE ${work})
   run(${CMAKE_COMMAND} -S ${SOURCE} -B ${work} -G ${GENERATOR} -DCMAKE_PREFIX_PATH=${PREFIX}
@@ -33,14 +33,14 @@ elseif(STEP STREQUAL "cmake")
 else()
   file(MAKE_DIRECTORY ${work})
   if(STEP STREQUAL "pkg-config")
-    set(ENV{PKG_CONFIG_PATH} ${PREFIX}/lib/pkgconfig)
+    set(ENV{PKG_CONFIG_PATH} ${PREFIX}/${LIBDIR}/pkgconfig)
     execute_process(COMMAND pkg-config --cflags --libs velmora OUTPUT_VARIABLE flags
       OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     execute_process(COMMAND pkg-config --variable=libdir velmora OUTPUT_VARIABLE libdir
       OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     separate_arguments(flags UNIX_COMMAND "${flags}")
   else()
-    set(libdir ${PREFIX}/lib)
+    set(libdir ${PREFIX}/${LIBDIR})
     set(flags -I${PREFIX}/include -L${libdir} -lvelmora)
   endif()
   run(${CC} ${SOURCE}/consumer.c ${flags} -Wl,-rpath,${libdir} -o ${work}/consumer)
