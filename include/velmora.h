@@ -83,6 +83,8 @@
 #include <stdint.h>
 #include <stdarg.h>
 
+#include "velmora_version.h" /* VELMORA_VERSION_MAJOR, _MINOR, _PATCH, _STRING, _NUM */
+
 /* JNI types used by the runtime accessors. Compatible with <jni.h>, which may
  * be included before or after this header. */
 #ifndef _JAVASOFT_JNI_H_

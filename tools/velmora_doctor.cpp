@@ -1,18 +1,14 @@
 // velmora-doctor: explains how libvelmora finds and starts Java on this
-// machine, and checks the SDK beside the library against every Java class,
-// method and signature that the library calls.
-//
-//   velmora-doctor [path/to/libvelmora.so]
-//
-// Without an argument it loads the library from ../lib beside this program,
-// else through the loader's search. Exit status: 0 when Java starts and the
-// SDK has every method, 1 when methods are missing, 2 when the library cannot
-// be loaded or Java cannot be started.
+// machine, checks the SDK beside the library against every Java class, method
+// and signature that the library calls, and says what to do about each
+// problem it finds. Usage and exit codes: see kUsage below.
 #include <dlfcn.h>
 #include <jni.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -29,34 +25,120 @@ using velmora::Target;
 
 namespace {
 
+// One meaning per exit code.
+enum Exit {
+    kReady = 0,          // Java starts and the SDK has every class and method
+    kSdkIncomplete = 1,  // the management class or other classes/methods are missing
+    kBadUsage = 2,         // bad command line
+    kNoLibrary = 3,      // libvelmora itself cannot be loaded
+    kNoJava = 4,         // the Java runtime cannot be loaded or the JVM not created
+};
+
+constexpr const char *kUsage =
+    "usage: velmora-doctor [path/to/libvelmora.so]\n"
+    "       velmora-doctor --help | --version\n"
+    "\n"
+    "Loads libvelmora (by default the one installed beside this program, else\n"
+    "through the loader's search), traces how it finds the Java runtime, starts\n"
+    "Java, and checks the SDK jars in the library's directory against every\n"
+    "Java class and method the library calls. Each problem comes with a next step.\n"
+    "\n"
+    "exit status:\n"
+    "  0  ready: Java starts and the SDK has every class and method\n"
+    "  1  the SDK beside the library is missing or lacks classes or methods\n"
+    "  2  usage error\n"
+    "  3  libvelmora cannot be loaded\n"
+    "  4  no Java runtime could be loaded, or the JVM could not be created\n";
+
+constexpr const char *kJars[] = {"velmora.jar", "commons-codec-1.3.jar", "xmlrpc-2.0.jar"};
+
 template <class F> F *symbol(void *library, const char *name) {
     return reinterpret_cast<F *>(dlsym(library, name));
 }
 #define LIBRARY_FN(library, name) symbol<decltype(name)>(library, #name)
 
 void section(const char *title) { std::printf("\n== %s\n", title); }
+void advise(const std::string &text) { std::printf("  -> %s\n", text.c_str()); }
 
 std::string defaultLibrary() {
     std::error_code ec;
-    const fs::path self = fs::read_symlink("/proc/self/exe", ec);
-    const fs::path beside = self.parent_path().parent_path() / "lib" / "libvelmora.so.1";
-    return !ec && fs::exists(beside) ? beside.string() : "libvelmora.so.1";
+    const fs::path bin = fs::read_symlink("/proc/self/exe", ec).parent_path();
+    for (const fs::path &dir : {bin / VELMORA_BIN_TO_LIB, bin / ".." / "lib"}) {
+        if (!ec && fs::exists(dir / "libvelmora.so.1")) return (dir / "libvelmora.so.1").lexically_normal().string();
+    }
+    return "libvelmora.so.1";
 }
 
-// The file the loader actually mapped for `library`.
+// The file the loader actually mapped for `library`, as the loader names it.
 std::string loadedFile(void *library) {
     Dl_info info{};
     void *address = dlsym(library, "velmora_initJava");
     return address && dladdr(address, &info) && info.dli_fname ? info.dli_fname : "";
 }
 
-void traceLocator(const std::string &libraryFile) {
+bool hasJar(const fs::path &dir, const char *jar) {
+    std::error_code ec;
+    return fs::is_regular_file(dir / jar, ec);
+}
+
+// A Java runtime found under the usual directories.
+struct Runtime {
+    std::string home;     // what JAVA_HOME would name
+    std::string library;  // what a configuration line would name
+};
+
+std::vector<Runtime> installedRuntimes() {
+    std::vector<Runtime> found;
+    std::set<fs::path> seen;
+    for (const char *root : {"/usr/lib/jvm", "/usr/java", "/usr/local", "/opt", "/opt/java"}) {
+        std::error_code ec;
+        for (const fs::directory_entry &home : fs::directory_iterator(root, ec)) {
+            for (const char *layout : {"lib/server/libjvm.so", "jre/lib/amd64/server/libjvm.so"}) {
+                const fs::path library = home.path() / layout;
+                std::error_code exists;
+                if (!fs::is_regular_file(library, exists) || !seen.insert(fs::canonical(library, exists)).second) continue;
+                found.push_back({home.path().string(), library.string()});
+            }
+        }
+    }
+    return found;
+}
+
+void adviseRuntimes(const std::string &dir) {
+    const std::vector<Runtime> runtimes = installedRuntimes();
+    if (runtimes.empty()) {
+        advise("no Java runtime found under /usr/lib/jvm, /usr/java, /usr/local or /opt: install one "
+               "(Debian: apt-get install openjdk-17-jre-headless)");
+        return;
+    }
+    advise("Java runtimes on this machine:");
+    for (const Runtime &runtime : runtimes) std::printf("       %s\n", runtime.library.c_str());
+    advise("point at one with a line JVM64PATH=" + runtimes.front().library + " in " + dir +
+           "/VelmoraDLL.conf, or with JAVA_HOME=" + runtimes.front().home);
+}
+
+struct LocatorReport {
+    velmora::runtime::Location location;
+    int configLine = 0;  // line of VelmoraDLL.conf that gave the runtime path
+};
+
+LocatorReport traceLocator(const std::string &libraryFile) {
     section("Java runtime search");
-    const velmora::runtime::Trace trace = [](std::string_view step, std::string_view detail) {
+    LocatorReport report;
+    int line = 0;
+    const velmora::runtime::Trace trace = [&](std::string_view step, std::string_view detail) {
         std::printf("  %-20.*s %.*s\n", int(step.size()), step.data(), int(detail.size()), detail.data());
+        if (step != "config line") return;
+        ++line;
+        if (detail.find("': runtime path '") != std::string_view::npos) report.configLine = line;
     };
-    const auto location = velmora::runtime::locate(libraryFile, &trace);
-    if (location.source != velmora::runtime::Location::Source::BareName) return;
+    report.location = velmora::runtime::locate(libraryFile, &trace);
+    if (const char *home = std::getenv("JAVA_HOME"); home && !fs::is_directory(home)) {
+        const std::vector<Runtime> runtimes = installedRuntimes();
+        advise(std::string("JAVA_HOME names '") + home + "', which is not a directory: unset it or point it at a "
+               "Java home such as " + (runtimes.empty() ? std::string("/usr/lib/jvm/<jdk>") : runtimes.front().home));
+    }
+    if (report.location.source != velmora::runtime::Location::Source::BareName) return report;
     std::printf("  (the bare name is left to the loader; if it cannot load it, current JDK layouts are tried)\n");
     for (const std::string &candidate : velmora::runtime::modernRuntimeCandidates()) {
         const char *found = velmora::runtime::namesIrregularFile(candidate) ? "  <- not a regular file, skipped"
@@ -64,14 +146,40 @@ void traceLocator(const std::string &libraryFile) {
                                                                               : "";
         std::printf("  %-20s %s%s\n", "modern layout", candidate.c_str(), found);
     }
+    return report;
 }
 
-void listJars(const std::string &dir) {
+// Where the jars are looked for, and what to do when they are not there.
+// Returns true when all three are present.
+bool checkJars(const std::string &file, const std::string &dir) {
     section("SDK jars in the library directory");
-    for (const char *jar : {"velmora.jar", "commons-codec-1.3.jar", "xmlrpc-2.0.jar"}) {
-        const fs::path path = fs::path(dir.empty() ? "/" : dir) / jar;
-        std::printf("  %-24s %s\n", jar, fs::exists(path) ? "present" : "absent");
+    std::string absent;
+    for (const char *jar : kJars) {
+        const bool present = hasJar(dir.empty() ? "/" : dir, jar);
+        if (!present) absent += std::string(absent.empty() ? "" : ", ") + jar;
+        std::printf("  %-24s %s\n", jar, present ? "present" : "absent");
     }
+    const bool all = absent.empty();
+    if (!dir.empty() && dir.front() != '/') {
+        advise("the loader names the library by a relative path, so the jars and VelmoraDLL.conf are looked "
+               "for relative to the working directory at start-up: load the library by an absolute path");
+    }
+    std::error_code ec;
+    const fs::path real = fs::canonical(file, ec);
+    const fs::path realDir = real.parent_path();
+    if (!ec && realDir != fs::canonical(dir.empty() ? "/" : dir, ec)) {
+        advise("the library was reached through a link: " + file + " -> " + real.string() +
+               "; the jars are looked for in " + dir + " (the directory of the path the loader reports), not in " +
+               realDir.string());
+        if (!all && hasJar(realDir, kJars[0])) {
+            advise("link or copy the jars (and VelmoraDLL.conf) of " + realDir.string() + " into " + dir +
+                   ", or load the library by its real path " + real.string());
+        }
+    }
+    if (!all) {
+        advise("copy the vendor's " + absent + " into " + (dir.empty() ? std::string("/") : dir));
+    }
+    return all;
 }
 
 std::string describe(void *library, int status) {
@@ -87,6 +195,24 @@ std::string property(void *library, const char *name) {
     return status == 0 && len > 0 ? value : "(unknown)";
 }
 
+// Next steps when start-up failed with `status`.
+void adviseStartFailure(int status, const LocatorReport &report, const std::string &dir) {
+    const auto &location = report.location;
+    if (status == VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND && location.source == velmora::runtime::Location::Source::Config &&
+        !fs::exists(location.runtimePath)) {
+        advise(location.configPath + " line " + std::to_string(report.configLine) + " names " +
+               location.runtimePath + ", which does not exist; a configured path is used as it is and no other "
+               "source is tried: correct or remove that line");
+        adviseRuntimes(dir);
+    } else if (status == VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND) {
+        advise("no Java runtime library could be loaded (the loader's message is above)");
+        adviseRuntimes(dir);
+    } else if (status == VELMORA_STATUS_JAVA_NOT_INITIALIZED) {
+        advise("the JVM was loaded but could not be created: its reason is printed above; check "
+               "JAVA_TOOL_OPTIONS and _JAVA_OPTIONS for options it rejects");
+    }
+}
+
 // Classes named in a signature ("Lpkg/Name;"), so that a parameter type the
 // SDK lacks is reported too.
 void referencedClasses(std::string_view signature, std::set<std::string> &out) {
@@ -98,6 +224,13 @@ void referencedClasses(std::string_view signature, std::set<std::string> &out) {
     }
 }
 
+bool classExists(JNIEnv *jenv, const char *name) {
+    jclass klass = jenv->FindClass(name);
+    jenv->ExceptionClear();
+    jenv->DeleteLocalRef(klass);
+    return klass != nullptr;
+}
+
 int checkContract(JNIEnv *jenv) {
     section("SDK contract (every Java call the library makes)");
     std::set<std::string> classes;
@@ -107,13 +240,9 @@ int checkContract(JNIEnv *jenv) {
     }
     int missing = 0;
     for (const std::string &name : classes) {
-        jclass klass = jenv->FindClass(name.c_str());
-        jenv->ExceptionClear();
-        if (!klass) {
-            std::printf("  missing class   %s\n", name.c_str());
-            ++missing;
-        }
-        jenv->DeleteLocalRef(klass);
+        if (classExists(jenv, name.c_str())) continue;
+        std::printf("  missing class   %s\n", name.c_str());
+        ++missing;
     }
     for (const CallRow &row : velmora::calls::all) {
         const char *owner = velmora::className(row.target);
@@ -139,34 +268,48 @@ int checkContract(JNIEnv *jenv) {
 }  // namespace
 
 int main(int argc, char **argv) {
+    if (argc == 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
+        std::fputs(kUsage, stdout);
+        return kReady;
+    }
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("velmora-doctor %s\n", VELMORA_VERSION_STRING);
+        return kReady;
+    }
     if (argc > 2 || (argc == 2 && argv[1][0] == '-')) {
-        std::fprintf(stderr, "usage: %s [path/to/libvelmora.so]\n", argv[0]);
-        return 2;
+        std::fputs(kUsage, stderr);
+        return kBadUsage;
     }
     const std::string request = argc == 2 ? argv[1] : defaultLibrary();
     section("Library");
     void *library = dlopen(request.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library) {
         std::printf("  cannot load %s: %s\n", request.c_str(), dlerror());
-        return 2;
+        advise("name the library file: velmora-doctor /path/to/libvelmora.so, or add its directory to "
+               "LD_LIBRARY_PATH");
+        return kNoLibrary;
     }
     const std::string file = loadedFile(library);
     const std::string dir = file.substr(0, file.find_last_of('/') == std::string::npos ? 0 : file.find_last_of('/'));
     std::printf("  loaded               %s\n  library directory    %s\n", file.c_str(), dir.c_str());
 
-    traceLocator(file);
-    listJars(dir);
+    const LocatorReport report = traceLocator(file);
+    const bool jars = checkJars(file, dir);
 
     section("Starting Java");
     std::fflush(stdout);
     const int status = LIBRARY_FN(library, velmora_initJava)();
     std::printf("  velmora_initJava     %d %s\n", status, describe(library, status).c_str());
-    if (status == -12) {
+    if (status == VELMORA_STATUS_METHOD_NOT_FOUND) {
         std::printf("  the management class %s is not on the class path: no call can work\n",
                     velmora::className(Target::Management));
-        return 1;
+        if (jars) advise("velmora.jar in " + dir + " holds no velmora/user/ManagementImpl: it is not the Velmora SDK");
+        return kSdkIncomplete;
     }
-    if (status != 0) return 2;
+    if (status != 0) {
+        adviseStartFailure(status, report, dir);
+        return kNoJava;
+    }
     Dl_info runtime{};
     if (void *create = dlsym(*symbol<void *>(library, "jvmlibHandle"), "JNI_CreateJavaVM"); create && dladdr(create, &runtime))
         std::printf("  runtime library      %s\n", runtime.dli_fname);
@@ -175,7 +318,16 @@ int main(int argc, char **argv) {
     std::printf("  java.home            %s\n", property(library, "java.home").c_str());
     std::printf("  java.class.path      %s\n", property(library, "java.class.path").c_str());
 
-    const int missing = checkContract(LIBRARY_FN(library, velmora_getJNIEnv)());
+    JNIEnv *jenv = LIBRARY_FN(library, velmora_getJNIEnv)();
+    if (classExists(jenv, "velmora/testing/Sdk")) {
+        std::printf("  SDK                  this project's own test double, not the vendor's SDK\n");
+        advise("fine for the tests; for real use replace the jars in " + dir + " with the vendor's");
+    }
+    const int missing = checkContract(jenv);
+    if (missing != 0) {
+        advise("the velmora.jar in " + dir + " is not the SDK that libvelmora " VELMORA_VERSION_STRING
+               " calls: install the matching vendor SDK there");
+    }
     section(missing == 0 ? "Result: ready" : "Result: the SDK lacks what the library calls");
-    return missing == 0 ? 0 : 1;
+    return missing == 0 ? kReady : kSdkIncomplete;
 }
