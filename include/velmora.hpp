@@ -268,7 +268,7 @@ Reading readText(Call &&call, std::string &out) {
     Reading described = readText([code](char *buf, std::size_t *len) { return velmora_describeStatusCode(code, buf, len); },
                                  description);
     if (described.status != VELMORA_STATUS_OK) description = "status " + std::to_string(code);
-    if (readText(velmora_getLastErrorMessage, message).status != VELMORA_STATUS_OK) message.clear();
+    readText(velmora_getLastErrorMessage, message);  // left empty when it fails
     switch (code) {
     case VELMORA_STATUS_JAVA_NOT_INITIALIZED:
         throw NotInitialized(code, std::move(description), std::move(message));
