@@ -161,9 +161,7 @@ public:
     // Whether Range is a range whose elements make Items (and not itself one
     // string, which would be a range of characters).
     template <class Range>
-    static constexpr bool isStringRange(...) {
-        return false;
-    }
+    static constexpr bool isStringRange(...) { return false; }
     template <class Range, class Element = decltype(*std::begin(std::declval<const Range &>())),
               class = decltype(std::end(std::declval<const Range &>()))>
     static constexpr bool isStringRange(int) {
@@ -265,8 +263,8 @@ Reading readText(Call &&call, std::string &out) {
 // Builds and throws the exception for a negative status.
 [[noreturn]] [[gnu::cold]] [[gnu::noinline]] inline void fail(int code) {
     std::string description, message;
-    Reading described = readText([code](char *buf, std::size_t *len) { return velmora_describeStatusCode(code, buf, len); },
-                                 description);
+    auto describe = [code](char *buf, std::size_t *len) { return velmora_describeStatusCode(code, buf, len); };
+    Reading described = readText(describe, description);
     if (described.status != VELMORA_STATUS_OK) description = "status " + std::to_string(code);
     readText(velmora_getLastErrorMessage, message);  // left empty when it fails
     switch (code) {
@@ -314,16 +312,18 @@ inline int initialised(int result) {
 }
 inline unsigned char flag(bool value) noexcept { return value ? 1 : 0; }
 
-template <class Call>
-std::string text(Call &&call) {
+// A string result of function(args..., buf, len).
+template <class... Params, class... Args>
+std::string text(int (*function)(Params...), Args... args) {
     std::string out;
-    done(readText(call, out).status);
+    done(readText([&](char *buf, std::size_t *len) { return function(args..., buf, len); }, out).status);
     return out;
 }
-template <class Call>
-std::optional<std::string> maybeText(Call &&call) {
+// The same where the result may be no text.
+template <class... Params, class... Args>
+std::optional<std::string> maybeText(int (*function)(Params...), Args... args) {
     std::string out;
-    Reading reading = readText(call, out);
+    Reading reading = readText([&](char *buf, std::size_t *len) { return function(args..., buf, len); }, out);
     done(reading.status);
     if (!reading.present) return std::nullopt;
     return out;
@@ -535,7 +535,7 @@ inline JavaVM *getJavaVM() noexcept { return velmora_getJavaVM(); }
 inline std::string getTempDir() { return detail::text(velmora_getTempDir); }
 // Nothing when the property is not set.
 inline std::optional<std::string> getJavaSystemProperty(CString name) {
-    return detail::maybeText([&](char *buf, std::size_t *len) { return velmora_getJavaSystemProperty(name.c_str(), buf, len); });
+    return detail::maybeText(velmora_getJavaSystemProperty, name.c_str());
 }
 // A JNI local reference of the calling thread, the caller's to delete.
 inline jobject getPlugin(CString name) {
@@ -546,16 +546,14 @@ inline jobject getPlugin(CString name) {
 // A local reference, or null on every failure (the C function has no status).
 inline jclass getPluginClass(CString name) noexcept { return velmora_getPluginClass(name.c_str()); }
 inline std::string getPluginConf(CString plugin, CString key) {
-    return detail::text([&](char *buf, std::size_t *len) { return velmora_getPluginConf(plugin.c_str(), key.c_str(), buf, len); });
+    return detail::text(velmora_getPluginConf, plugin.c_str(), key.c_str());
 }
 
 /* ------------------------------------------------------------------------ */
 /* Status texts, open, close and diagnostics                                 */
 /* ------------------------------------------------------------------------ */
 
-inline std::string describeStatusCode(int code) {
-    return detail::text([code](char *buf, std::size_t *len) { return velmora_describeStatusCode(code, buf, len); });
-}
+inline std::string describeStatusCode(int code) { return detail::text(velmora_describeStatusCode, code); }
 inline int open() { return detail::javaInt(velmora_open()); }
 inline int ready(int handle) { return detail::javaInt(velmora_ready(handle)); }
 inline int close(int handle) { return detail::javaInt(velmora_close(handle)); }
@@ -598,7 +596,8 @@ inline int createBundle(int handle, CString s1, CString s2, CString s3, CString 
 inline int createSignedBundle(int handle, CString s1, CString s2, CString s3, CString s4, CString s5, CString s6,
                               CString s7, CString s8, CString s9, CString s10, CString s11, const StringList &first,
                               const StringList &second) {
-    return detail::javaInt(raw::createSignedBundle(handle, s1, s2, s3, s4, s5, s6, s7, s8, s9, s10, s11, first, second));
+    return detail::javaInt(
+        raw::createSignedBundle(handle, s1, s2, s3, s4, s5, s6, s7, s8, s9, s10, s11, first, second));
 }
 inline int uploadBundle(int handle) { return detail::javaInt(velmora_uploadBundle(handle)); }
 inline int uploadBundleWithName(int handle, CString name) {
@@ -611,7 +610,9 @@ inline int useBundleWithPrefix(int handle, CString first, CString second) {
 }
 inline int getBundleId(int handle) { return detail::javaInt(velmora_getBundleId(handle)); }
 inline int setBundleId(int handle, int bundleId) { return detail::javaInt(velmora_setBundleId(handle, bundleId)); }
-inline int signJar(CString first, CString second) { return detail::javaInt(velmora_signJar(first.c_str(), second.c_str())); }
+inline int signJar(CString first, CString second) {
+    return detail::javaInt(velmora_signJar(first.c_str(), second.c_str()));
+}
 inline bool bundleExists(CString name) { return detail::truth(velmora_bundleExists(name.c_str())); }
 inline bool bundleVersionExists(CString first, CString second) {
     return detail::truth(velmora_bundleVersionExists(first.c_str(), second.c_str()));
@@ -620,7 +621,7 @@ inline bool bundleWithPrefixExists(CString first, CString second) {
     return detail::truth(velmora_bundleWithPrefixExists(first.c_str(), second.c_str()));
 }
 inline std::optional<std::string> getLastCreatedBundleName(int handle) {
-    return detail::maybeText([handle](char *buf, std::size_t *len) { return velmora_getLastCreatedBundleName(handle, buf, len); });
+    return detail::maybeText(velmora_getLastCreatedBundleName, handle);
 }
 
 /* ------------------------------------------------------------------------ */
@@ -637,7 +638,9 @@ inline int setProjectParams(int handle, const StringList &list) {
 inline int createProjectJobs(int handle, const StringList &list) {
     return velmora_createProjectJobs3(handle, list.count(), list.data());
 }
-inline int createJob(int handle, const StringList &list) { return velmora_createJob3(handle, list.count(), list.data()); }
+inline int createJob(int handle, const StringList &list) {
+    return velmora_createJob3(handle, list.count(), list.data());
+}
 inline int createCachedJob(int handle, const StringList &list) {
     return velmora_createCachedJob3(handle, list.count(), list.data());
 }
@@ -646,10 +649,16 @@ inline int createCachedJob(int handle, const StringList &list) {
 inline int createProject(int handle, int second, CString text, const StringList &list) {
     return detail::javaInt(raw::createProject(handle, second, text, list));
 }
-inline int setProjectParams(int handle, const StringList &list) { return detail::javaInt(raw::setProjectParams(handle, list)); }
-inline int createProjectJobs(int handle, const StringList &list) { return detail::javaInt(raw::createProjectJobs(handle, list)); }
+inline int setProjectParams(int handle, const StringList &list) {
+    return detail::javaInt(raw::setProjectParams(handle, list));
+}
+inline int createProjectJobs(int handle, const StringList &list) {
+    return detail::javaInt(raw::createProjectJobs(handle, list));
+}
 inline int createJob(int handle, const StringList &list) { return detail::javaInt(raw::createJob(handle, list)); }
-inline int createCachedJob(int handle, const StringList &list) { return detail::javaInt(raw::createCachedJob(handle, list)); }
+inline int createCachedJob(int handle, const StringList &list) {
+    return detail::javaInt(raw::createCachedJob(handle, list));
+}
 inline int createEmptyProject(int handle, int second, CString text) {
     return detail::javaInt(velmora_createEmptyProject(handle, second, text.c_str()));
 }
@@ -672,17 +681,12 @@ inline int sendJobPostParameter(int handle, std::int64_t job, CString text) {
 inline bool isCompleted(int handle) { return detail::truth(velmora_isCompleted(handle)); }
 inline bool isFailed(int handle) { return detail::truth(velmora_isFailed(handle)); }
 inline bool isJobCompleted(int handle, std::int64_t job) { return detail::truth(velmora_isJobCompleted(handle, job)); }
-inline std::string getProjectDescription(int handle) {
-    return detail::text([handle](char *buf, std::size_t *len) { return velmora_getProjectDescription(handle, buf, len); });
-}
+inline std::string getProjectDescription(int handle) { return detail::text(velmora_getProjectDescription, handle); }
 inline std::string getProjectParamValue(int handle, CString name) {
-    return detail::text(
-        [&](char *buf, std::size_t *len) { return velmora_getProjectParamValue(handle, name.c_str(), buf, len); });
+    return detail::text(velmora_getProjectParamValue, handle, name.c_str());
 }
 // The names of the project's parameters (velmora_getProjectParamName).
-inline NameWalk getProjectParamNames(int handle) {
-    return NameWalk({velmora_getProjectParamName, handle, 0});
-}
+inline NameWalk getProjectParamNames(int handle) { return NameWalk({velmora_getProjectParamName, handle, 0}); }
 
 /* ------------------------------------------------------------------------ */
 /* Results and statistics                                                    */
@@ -690,7 +694,9 @@ inline NameWalk getProjectParamNames(int handle) {
 
 inline int downloadResult(int handle) { return detail::javaInt(velmora_downloadResult(handle)); }
 inline int downloadPartialResult(int handle) { return detail::javaInt(velmora_downloadPartialResult(handle)); }
-inline int setDownloadDir(int handle, CString dir) { return detail::javaInt(velmora_setDownloadDir(handle, dir.c_str())); }
+inline int setDownloadDir(int handle, CString dir) {
+    return detail::javaInt(velmora_setDownloadDir(handle, dir.c_str()));
+}
 inline int setUnzipDir(int handle, CString dir) { return detail::javaInt(velmora_setUnzipDir(handle, dir.c_str())); }
 inline int unzip(int handle) { return detail::javaInt(velmora_unzip(handle)); }
 inline int unzipFile(CString first, CString second, CString third) {
@@ -699,19 +705,16 @@ inline int unzipFile(CString first, CString second, CString third) {
 inline int setStreamResults(int handle, bool flag) {
     return detail::javaInt(velmora_setStreamResults(handle, detail::flag(flag)));
 }
-inline int getStreamedResultFilesCount(int handle) { return detail::javaInt(velmora_getStreamedResultFilesCount(handle)); }
-inline std::string getResultDirectory(int handle) {
-    return detail::text([handle](char *buf, std::size_t *len) { return velmora_getResultDirectory(handle, buf, len); });
+inline int getStreamedResultFilesCount(int handle) {
+    return detail::javaInt(velmora_getStreamedResultFilesCount(handle));
 }
-inline std::string getResultFile(int handle) {
-    return detail::text([handle](char *buf, std::size_t *len) { return velmora_getResultFile(handle, buf, len); });
-}
+inline std::string getResultDirectory(int handle) { return detail::text(velmora_getResultDirectory, handle); }
+inline std::string getResultFile(int handle) { return detail::text(velmora_getResultFile, handle); }
 inline std::string getProjectStatistic(int handle, CString name) {
-    return detail::text(
-        [&](char *buf, std::size_t *len) { return velmora_getProjectStatistic(handle, name.c_str(), buf, len); });
+    return detail::text(velmora_getProjectStatistic, handle, name.c_str());
 }
 inline std::optional<std::string> getStatisticsString(int handle) {
-    return detail::maybeText([handle](char *buf, std::size_t *len) { return velmora_getStatisticsString(handle, buf, len); });
+    return detail::maybeText(velmora_getStatisticsString, handle);
 }
 // The names of the result files, and of the streamed result files.
 inline NameWalk getResultFiles(int handle) { return NameWalk({velmora_getResultFiles, handle, 0}); }
@@ -730,9 +733,7 @@ inline int peach(const StringList &list) { return velmora_peach3(list.count(), l
 
 inline int peach(const StringList &list) { return detail::javaInt(raw::peach(list)); }
 // The next result file name, or nothing when Java returned none.
-inline std::optional<std::string> peachNextFile(int handle) {
-    return detail::maybeText([handle](char *buf, std::size_t *len) { return velmora_peachNextFile(handle, buf, len); });
-}
+inline std::optional<std::string> peachNextFile(int handle) { return detail::maybeText(velmora_peachNextFile, handle); }
 // Every remaining result file name (peachNextFile until it returns none).
 inline FileWalk peachFiles(int handle) { return FileWalk({velmora_peachNextFile, handle}); }
 inline void peachDone(int handle) { detail::done(velmora_peachDone(handle)); }
@@ -759,104 +760,81 @@ public:
     int handle() const noexcept { return handle_; }
 
     // Run settings.
-    void setName(CString text) { detail::done(velmora_peach_setName(handle_, text.c_str())); }
-    void setStateDir(CString text) { detail::done(velmora_peach_setStateDir(handle_, text.c_str())); }
-    void setDescription(CString text) { detail::done(velmora_peach_setDescription(handle_, text.c_str())); }
-    void setMessages(bool flag) { detail::done(velmora_peach_setMessages(handle_, detail::flag(flag))); }
-    void setPriorityI(int priority) { detail::done(velmora_peach_setPriorityI(handle_, priority)); }
-    void setPriority(CString text) { detail::done(velmora_peach_setPriority(handle_, text.c_str())); }
-    void setProjectId(int projectId) { detail::done(velmora_peach_setProjectId(handle_, projectId)); }
-    void setResultFile(CString text) { detail::done(velmora_peach_setResultFile(handle_, text.c_str())); }
-    void setJobs(int jobs) { detail::done(velmora_peach_setJobs(handle_, jobs)); }
-    void setAllowPartial(bool flag) { detail::done(velmora_peach_setAllowPartial(handle_, detail::flag(flag))); }
-    void setRemove(bool flag) { detail::done(velmora_peach_setRemove(handle_, detail::flag(flag))); }
-    void setCleanup(bool flag) { detail::done(velmora_peach_setCleanup(handle_, detail::flag(flag))); }
-    void setClose(bool flag) { detail::done(velmora_peach_setClose(handle_, detail::flag(flag))); }
-    void setStream(bool flag) { detail::done(velmora_peach_setStream(handle_, detail::flag(flag))); }
+    void setName(CString text) { forward(velmora_peach_setName, text); }
+    void setStateDir(CString text) { forward(velmora_peach_setStateDir, text); }
+    void setDescription(CString text) { forward(velmora_peach_setDescription, text); }
+    void setMessages(bool flag) { forward(velmora_peach_setMessages, flag); }
+    void setPriorityI(int priority) { forward(velmora_peach_setPriorityI, priority); }
+    void setPriority(CString text) { forward(velmora_peach_setPriority, text); }
+    void setProjectId(int projectId) { forward(velmora_peach_setProjectId, projectId); }
+    void setResultFile(CString text) { forward(velmora_peach_setResultFile, text); }
+    void setJobs(int jobs) { forward(velmora_peach_setJobs, jobs); }
+    void setAllowPartial(bool flag) { forward(velmora_peach_setAllowPartial, flag); }
+    void setRemove(bool flag) { forward(velmora_peach_setRemove, flag); }
+    void setCleanup(bool flag) { forward(velmora_peach_setCleanup, flag); }
+    void setClose(bool flag) { forward(velmora_peach_setClose, flag); }
+    void setStream(bool flag) { forward(velmora_peach_setStream, flag); }
     int getProjectHandle() const { return detail::javaInt(velmora_peach_getProjectHandle(handle_)); }
     int getProjectId() const { return detail::javaInt(velmora_peach_getProjectId(handle_)); }
 
     // Source files.
-    void addSourceFile(CString text) { detail::done(velmora_peach_addSourceFile(handle_, text.c_str())); }
-    void putSourceExtras(CString text1, CString text2) {
-        detail::done(velmora_peach_putSourceExtras(handle_, text1.c_str(), text2.c_str()));
-    }
+    void addSourceFile(CString text) { forward(velmora_peach_addSourceFile, text); }
+    void putSourceExtras(CString text1, CString text2) { forward(velmora_peach_putSourceExtras, text1, text2); }
     bool sourcesChanged() const { return detail::truth(velmora_peach_sourcesChanged(handle_)); }
 
     // Executable.
-    void setExeBundleName(CString text) { detail::done(velmora_peach_setExeBundleName(handle_, text.c_str())); }
-    void setExecutable(CString text) { detail::done(velmora_peach_setExecutable(handle_, text.c_str())); }
-    void setExeSkipDigest(bool flag) { detail::done(velmora_peach_setExeSkipDigest(handle_, detail::flag(flag))); }
+    void setExeBundleName(CString text) { forward(velmora_peach_setExeBundleName, text); }
+    void setExecutable(CString text) { forward(velmora_peach_setExecutable, text); }
+    void setExeSkipDigest(bool flag) { forward(velmora_peach_setExeSkipDigest, flag); }
     void addExeFile(CString text1, CString text2, CString text3, CString text4) {
-        detail::done(velmora_peach_addExeFile(handle_, text1.c_str(), text2.c_str(), text3.c_str(), text4.c_str()));
+        forward(velmora_peach_addExeFile, text1, text2, text3, text4);
     }
-    void putExeExtras(CString text1, CString text2) {
-        detail::done(velmora_peach_putExeExtras(handle_, text1.c_str(), text2.c_str()));
-    }
-    void addExeImport(CString text) { detail::done(velmora_peach_addExeImport(handle_, text.c_str())); }
+    void putExeExtras(CString text1, CString text2) { forward(velmora_peach_putExeExtras, text1, text2); }
+    void addExeImport(CString text) { forward(velmora_peach_addExeImport, text); }
 
     // Output files.
-    void addOutputFile(CString text) { detail::done(velmora_peach_addOutputFile(handle_, text.c_str())); }
+    void addOutputFile(CString text) { forward(velmora_peach_addOutputFile, text); }
 
     // Data bundles.
-    void newDataBundle() { detail::done(velmora_peach_newDataBundle(handle_)); }
-    void newDataBundleWithName(CString text) { detail::done(velmora_peach_newDataBundleWithName(handle_, text.c_str())); }
-    void setDataSkipDigest(bool flag) { detail::done(velmora_peach_setDataSkipDigest(handle_, detail::flag(flag))); }
-    void addDataFile(CString text) { detail::done(velmora_peach_addDataFile(handle_, text.c_str())); }
-    void addDataFileWithDir(CString text1, CString text2) {
-        detail::done(velmora_peach_addDataFileWithDir(handle_, text1.c_str(), text2.c_str()));
-    }
-    void putDataExtras(CString text1, CString text2) {
-        detail::done(velmora_peach_putDataExtras(handle_, text1.c_str(), text2.c_str()));
-    }
-    void setDataCopy(bool flag) { detail::done(velmora_peach_setDataCopy(handle_, detail::flag(flag))); }
+    void newDataBundle() { forward(velmora_peach_newDataBundle); }
+    void newDataBundleWithName(CString text) { forward(velmora_peach_newDataBundleWithName, text); }
+    void setDataSkipDigest(bool flag) { forward(velmora_peach_setDataSkipDigest, flag); }
+    void addDataFile(CString text) { forward(velmora_peach_addDataFile, text); }
+    void addDataFileWithDir(CString text1, CString text2) { forward(velmora_peach_addDataFileWithDir, text1, text2); }
+    void putDataExtras(CString text1, CString text2) { forward(velmora_peach_putDataExtras, text1, text2); }
+    void setDataCopy(bool flag) { forward(velmora_peach_setDataCopy, flag); }
 
     // Job files.
-    void setJobSkipDigest(bool flag) { detail::done(velmora_peach_setJobSkipDigest(handle_, detail::flag(flag))); }
-    void setJobFileNames(const StringList &list) {
-        detail::done(velmora_peach_setJobFileNames3(handle_, list.count(), list.data()));
-    }
-    void addJobFile(const StringList &list) { detail::done(velmora_peach_addJobFile3(handle_, list.count(), list.data())); }
+    void setJobSkipDigest(bool flag) { forward(velmora_peach_setJobSkipDigest, flag); }
+    void setJobFileNames(const StringList &list) { forward(velmora_peach_setJobFileNames3, list.count(), list.data()); }
+    void addJobFile(const StringList &list) { forward(velmora_peach_addJobFile3, list.count(), list.data()); }
     void addJobFileWithDir(CString dir, const StringList &list) {
-        detail::done(velmora_peach_addJobFileWithDir3(handle_, dir.c_str(), list.count(), list.data()));
+        forward(velmora_peach_addJobFileWithDir3, dir, list.count(), list.data());
     }
-    void putJobExtras(CString text1, CString text2) {
-        detail::done(velmora_peach_putJobExtras(handle_, text1.c_str(), text2.c_str()));
-    }
+    void putJobExtras(CString text1, CString text2) { forward(velmora_peach_putJobExtras, text1, text2); }
 
     // Parameter files and project parameters.
-    void setParamSkipDigest(bool flag) { detail::done(velmora_peach_setParamSkipDigest(handle_, detail::flag(flag))); }
-    void addParamFile(CString text) { detail::done(velmora_peach_addParamFile(handle_, text.c_str())); }
-    void addParamFileWithDir(CString text1, CString text2) {
-        detail::done(velmora_peach_addParamFileWithDir(handle_, text1.c_str(), text2.c_str()));
-    }
+    void setParamSkipDigest(bool flag) { forward(velmora_peach_setParamSkipDigest, flag); }
+    void addParamFile(CString text) { forward(velmora_peach_addParamFile, text); }
+    void addParamFileWithDir(CString text1, CString text2) { forward(velmora_peach_addParamFileWithDir, text1, text2); }
     void addParamFileWithTarget(CString text1, CString text2) {
-        detail::done(velmora_peach_addParamFileWithTarget(handle_, text1.c_str(), text2.c_str()));
+        forward(velmora_peach_addParamFileWithTarget, text1, text2);
     }
-    void putParamExtras(CString text1, CString text2) {
-        detail::done(velmora_peach_putParamExtras(handle_, text1.c_str(), text2.c_str()));
-    }
-    void addParamExternalResource(CString text) {
-        detail::done(velmora_peach_addParamExternalResource(handle_, text.c_str()));
-    }
-    void setParamCopy(bool flag) { detail::done(velmora_peach_setParamCopy(handle_, detail::flag(flag))); }
-    void putProjectParam(CString text1, CString text2) {
-        detail::done(velmora_peach_putProjectParam(handle_, text1.c_str(), text2.c_str()));
-    }
+    void putParamExtras(CString text1, CString text2) { forward(velmora_peach_putParamExtras, text1, text2); }
+    void addParamExternalResource(CString text) { forward(velmora_peach_addParamExternalResource, text); }
+    void setParamCopy(bool flag) { forward(velmora_peach_setParamCopy, flag); }
+    void putProjectParam(CString text1, CString text2) { forward(velmora_peach_putProjectParam, text1, text2); }
 
     // Execution and results.
     int execute() { return detail::javaInt(velmora_peach_execute(handle_)); }
     // The next result file name, or nothing when Java returned none.
-    std::optional<std::string> nextFile() {
-        return detail::maybeText([this](char *buf, std::size_t *len) { return velmora_peach_nextFile(handle_, buf, len); });
-    }
+    std::optional<std::string> nextFile() { return detail::maybeText(velmora_peach_nextFile, handle_); }
     // Every remaining result file name (nextFile until it returns none).
     FileWalk files() const { return FileWalk({velmora_peach_nextFile, handle_}); }
     void postProcessed(int value) { detail::done(velmora_peach_postProcessed(handle_, value)); }
     void done() { detail::done(velmora_peach_done(handle_)); }
     std::optional<std::string> getLastErrorMessage() const {
-        return detail::maybeText(
-            [this](char *buf, std::size_t *len) { return velmora_peach_getLastErrorMessage(handle_, buf, len); });
+        return detail::maybeText(velmora_peach_getLastErrorMessage, handle_);
     }
 
     // Makes handler, any callable taking a std::string_view, the one
@@ -888,6 +866,17 @@ public:
     }
 
 private:
+    // One peach function with the handle first: texts as their pointers,
+    // flags as 1 or 0; a negative result is thrown.
+    static const char *arg(CString text) noexcept { return text.c_str(); }
+    static unsigned char arg(bool flag) noexcept { return detail::flag(flag); }
+    static int arg(int value) noexcept { return value; }
+    static const char **arg(const char **list) noexcept { return list; }
+    template <class... Params, class... Args>
+    void forward(int (*function)(int, Params...), Args... args) {
+        detail::done(function(handle_, arg(args)...));
+    }
+
     int handle_;
 };
 
