@@ -5,6 +5,7 @@
 #include <jni.h>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -259,12 +260,18 @@ TEST_F(CppPeach, HandlersAreAnyCallableFedFromJavaThreads) {
     EXPECT_NO_THROW(sdk::fire("lost"));
 
     // Replacing handlers while Java threads deliver: each text reaches one
-    // handler, and every replaced one is released.
-    peach.setIntermediateResultHandler([counted](std::string_view) { ++*counted; });
-    std::atomic<int> delivered{0};
-    std::thread java([&] { delivered = sdk::fireConcurrently(4, 2000, "c"); });
-    for (int i = 0; i < 20; ++i) peach.setIntermediateResultHandler([counted](std::string_view) { ++*counted; });
-    java.join();
+    // handler, none is freed while it runs, and every replaced one is released.
+    std::atomic<int> delivered{-1};
+    {
+        auto counting = [counted](std::string_view text) {
+            std::this_thread::sleep_for(std::chrono::microseconds(50));  // still running when replaced
+            if (!text.empty()) ++*counted;
+        };
+        peach.setIntermediateResultHandler(counting);
+        std::thread java([&] { delivered = sdk::fireConcurrently(4, 1000, "c"); });
+        for (int replaced = 0; delivered < 0 || replaced < 10; ++replaced) peach.setIntermediateResultHandler(counting);
+        java.join();
+    }
     peach.setIntermediateResultHandler(std::function<void(std::string_view)>());
     EXPECT_EQ(counted.use_count(), 1);
     EXPECT_EQ(*counted - 400, delivered);
