@@ -22,6 +22,10 @@ struct Inbox {
         std::lock_guard lock(mutex);
         return std::exchange(texts, {});
     }
+    bool deliveredOnTestThread() {
+        std::lock_guard lock(mutex);
+        return onTestThread;
+    }
 };
 Inbox inboxes[3];
 std::thread::id testThread = std::this_thread::get_id();
@@ -51,7 +55,7 @@ TEST_F(PeachResults, EveryTextReachesOneCallbackWhileTheHostReRegisters) {
 
     std::map<std::string, int> seen;
     for (Inbox &inbox : inboxes) {
-        EXPECT_FALSE(inbox.onTestThread);
+        EXPECT_FALSE(inbox.deliveredOnTestThread());
         for (const std::string &text : inbox.take()) ++seen[text];
     }
     EXPECT_EQ(seen.size(), std::size_t{kThreads * kPerThread});
