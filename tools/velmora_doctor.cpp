@@ -161,8 +161,8 @@ bool checkJars(const std::string &file, const std::string &dir) {
     }
     const bool all = absent.empty();
     if (!dir.empty() && dir.front() != '/') {
-        advise("the loader names the library by a relative path, so the jars and VelmoraDLL.conf are looked "
-               "for relative to the working directory at start-up: load the library by an absolute path");
+        advise("the loader names the library by a relative path; the library takes its directory relative to "
+               "the working directory at the moment it is loaded: load it by an absolute path to be sure");
     }
     std::error_code ec;
     const fs::path real = fs::canonical(file, ec);
