@@ -15,7 +15,9 @@
  *    before an initialiser has run, VELMORA_STATUS_METHOD_NOT_FOUND when the
  *    SDK lacks the method with that exact name and JNI signature, and
  *    VELMORA_STATUS_JAVA_EXCEPTION when the Java method threw (the JVM prints
- *    the exception on its error stream and it is cleared).
+ *    the exception on its error stream and it is cleared). A Java exception
+ *    that the host left pending on the calling thread is discarded by every
+ *    call that gets past the not-initialised test, before any other JNI call.
  *  - Texts are NUL-terminated byte strings in the JVM's modified UTF-8; plain
  *    UTF-8 is accepted too (characters outside the Basic Multilingual Plane are
  *    re-encoded, never dropped), and each maximal ill-formed subsequence
