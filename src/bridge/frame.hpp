@@ -268,7 +268,7 @@ template <class... A> inline bool listsReadable(const A &...args) {
 // arrays are created, then filled (in argument order), then the other values
 // are converted. Stops at the first array or string that the runtime cannot
 // make and returns false, with its exception pending.
-template <Target T, class... A, std::size_t... I>
+template <class... A, std::size_t... I>
 bool buildArguments(JNIEnv *e, jvalue *values, std::index_sequence<I...>, const A &...args) {
     bool made = true;
     [[maybe_unused]] auto create = [&](std::size_t i, const auto &a) {
@@ -321,7 +321,7 @@ typename std::remove_cvref_t<R>::Value forward(R &&result, A... args) {
     if (!detail::listsReadable(args...)) return result.fail(kJavaException);
     std::array<jvalue, sizeof...(A) + 1> values{};
     [[maybe_unused]] const detail::ReferencesOf<A...> made(e, values.data());
-    if (!detail::buildArguments<kTarget>(e, values.data(), std::index_sequence_for<A...>{}, args...)) {
+    if (!detail::buildArguments(e, values.data(), std::index_sequence_for<A...>{}, args...)) {
         takeException(e);
         return result.fail(kJavaException);
     }
