@@ -57,9 +57,9 @@ public:
     // The method resolved against `klass`, or null when the slot holds none.
     jmethodID find(jclass klass) const {
         const unsigned before = sequence_.load(std::memory_order_acquire);
-        const jclass resolvedOn = klass_.load(std::memory_order_relaxed);
-        const jmethodID method = method_.load(std::memory_order_relaxed);
-        std::atomic_thread_fence(std::memory_order_acquire);
+        // Acquire loads keep the second sequence read after the pair's.
+        const jclass resolvedOn = klass_.load(std::memory_order_acquire);
+        const jmethodID method = method_.load(std::memory_order_acquire);
         const bool stable = (before & 1u) == 0 && sequence_.load(std::memory_order_relaxed) == before;
         return stable && resolvedOn == klass ? method : nullptr;
     }
@@ -81,10 +81,10 @@ public:
     }
 
 private:
+    // Release stores keep the pair after the odd sequence that announces it.
     void write(unsigned sequence, jclass klass, jmethodID method) {
-        std::atomic_thread_fence(std::memory_order_release);
-        klass_.store(klass, std::memory_order_relaxed);
-        method_.store(method, std::memory_order_relaxed);
+        klass_.store(klass, std::memory_order_release);
+        method_.store(method, std::memory_order_release);
         sequence_.store(sequence + 2, std::memory_order_release);
     }
 
