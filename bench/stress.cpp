@@ -20,7 +20,6 @@
 #include <thread>
 #include <vector>
 
-#include "support/java_threads.hpp"
 #include "support/sdk_control.hpp"
 #include "velmora.h"
 
@@ -111,7 +110,7 @@ int main(int argc, char **argv) {
     }
     sdk::journal();
 
-    const int javaThreadsBefore = javaThreadCount();
+    const int javaThreadsBefore = sdk::javaThreads();
     const long rssBefore = residentKib();
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(o.seconds);
     const auto running = [&] { return std::chrono::steady_clock::now() < deadline; };
@@ -148,7 +147,7 @@ int main(int argc, char **argv) {
     checkJournal();
 
     const long rssAfter = residentKib();
-    const int javaThreadsAfter = javaThreadCount();
+    const int javaThreadsAfter = sdk::javaThreads();
     const bool clean = errors == 0 && unexpected == 0 && journaled == javaCalls && badDeliveries == 0 &&
                        delivered == firedTotal;
     std::printf("threads %d, seconds %.0f, host threads started %ld\n", o.threads, o.seconds, threadsStarted.load());

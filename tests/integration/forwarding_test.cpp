@@ -1,8 +1,10 @@
 // The passes over the table of every forwarding function: each reaches its
 // Java overload with its arguments and delivers the result; a throwing method
-// is -13 with no output; an exception the host left pending is no failure;
-// before start-up everything is -11; with the methods missing (the bare SDK
-// executable) everything is -12. No pass leaves an exception pending.
+// is -13 with no output and its exception described on standard error; an
+// exception the host left pending is no failure; before start-up everything
+// is -11; with the methods missing (the bare SDK executable) everything is
+// -12. No pass leaves an exception pending, and since every pass runs under
+// the JVM's JNI checking, none may hold more local references than it frees.
 #include <set>
 
 #include "tables/forwarders.hpp"
@@ -16,31 +18,29 @@ void expectUntouched(const Buffer &b, const char *function) {
 
 #ifndef VELMORA_TEST_BARE_SDK
 
-std::vector<std::string> lines(const table::Row &row) {
-    std::vector<std::string> out;
-    for (const table::Reached &r : row.reached) out.push_back(r.line);
-    return out;
-}
-
 std::string key(const std::string &line) { return line.substr(0, line.find(' ')); }
 
 // Every row reaches Java as the table says; `before` runs on the calling
 // thread just ahead of each call.
-void expectReached(const std::function<void()> &before, const std::string &skip = "") {
+void expectReached(void (*before)(), const std::string &skip = "") {
     for (const table::Row &row : table::forwarders()) {
         if (row.function == skip) continue;
-        for (const table::Reached &r : row.reached) sdk::script(key(r.line), {r.outcome});
+        std::vector<std::string> lines;
+        for (const table::Reached &r : row.reached) {
+            sdk::script(key(r.line), {r.outcome});
+            lines.push_back(r.line);
+        }
         Buffer b(64);
         before();
         EXPECT_EQ(row.call(b), row.result) << row.function;
         EXPECT_FALSE(threadEnv()->ExceptionCheck()) << row.function;
-        EXPECT_EQ(sdk::journal(), lines(row)) << row.function;
-        if (row.text) {
-            EXPECT_EQ(b.text(), row.text) << row.function;
-            EXPECT_EQ(b.len, std::string(row.text).size() + 1) << row.function;
-        } else {
+        EXPECT_EQ(sdk::journal(), lines) << row.function;
+        if (!row.text) {
             expectUntouched(b, row.function);
+            continue;
         }
+        EXPECT_EQ(b.text(), row.text) << row.function;
+        EXPECT_EQ(b.len, std::string(row.text).size() + 1) << row.function;
     }
 }
 
@@ -66,6 +66,7 @@ TEST_F(Forwarding, AnExceptionLeftPendingByTheHostIsNoFailure) {
 }
 
 TEST_F(Forwarding, AThrowingMethodIs13WithNoOutputAndNothingPending) {
+    testing::internal::CaptureStderr();
     for (const table::Row &row : table::forwarders()) {
         for (const table::Reached &r : row.reached) sdk::script(key(r.line), {"throw"});
         Buffer b(64);
@@ -74,10 +75,14 @@ TEST_F(Forwarding, AThrowingMethodIs13WithNoOutputAndNothingPending) {
         EXPECT_EQ(sdk::journal(), std::vector<std::string>{row.reached.front().line}) << row.function;
         expectUntouched(b, row.function);
     }
+    const std::string described = testing::internal::GetCapturedStderr();
+    EXPECT_NE(described.find("RuntimeException: scripted failure in open"), std::string::npos);
+    EXPECT_NE(described.find("scripted failure in setIntermediateResultHandler"), std::string::npos);
 }
 
 // No start-up: -11 everywhere, nothing written (the not-initialised text of
-// two functions has a table of its own), and no Java runtime started.
+// two functions has a table of its own), no Java runtime started, and the
+// accessors empty.
 TEST(ForwardingBeforeStartup, EveryFunctionIs11) {
     const std::set<std::string> notInitText = {"getLastErrorMessage", "getPluginConf"};
     for (const table::Row &row : table::forwarders()) {
@@ -85,7 +90,13 @@ TEST(ForwardingBeforeStartup, EveryFunctionIs11) {
         EXPECT_EQ(row.call(b), int64_t{VELMORA_STATUS_JAVA_NOT_INITIALIZED}) << row.function;
         if (!notInitText.count(row.function)) expectUntouched(b, row.function);
     }
+    jobject plugin = reinterpret_cast<jobject>(&plugin);
+    EXPECT_EQ(velmora_getPlugin("p", &plugin), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
+    EXPECT_EQ(velmora_getPluginClass("p"), nullptr);
+    EXPECT_EQ(velmora_getJNIEnv(), nullptr);
     EXPECT_EQ(velmora_getJavaVM(), nullptr);
+    velmora_debug();
+    velmora_debug2();
 }
 
 #else

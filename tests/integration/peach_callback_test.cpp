@@ -13,26 +13,19 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// What one host callback received, and whether the test thread delivered any.
-struct Inbox {
-    std::mutex mutex;
-    Texts texts;
-    bool onTestThread = false;
-    Texts take() {
-        std::lock_guard lock(mutex);
-        return std::exchange(texts, {});
-    }
-    bool deliveredOnTestThread() {
-        std::lock_guard lock(mutex);
-        return onTestThread;
-    }
-};
-Inbox inboxes[3];
-std::thread::id testThread = std::this_thread::get_id();
+// What each host callback received, and whether any ran on the test thread.
+std::mutex mutex;
+Texts inboxes[3];
+bool onTestThread = false;
+const std::thread::id testThread = std::this_thread::get_id();
 template <int N> void receive(const char *text) {
-    std::lock_guard lock(inboxes[N].mutex);
-    inboxes[N].texts.emplace_back(text);
-    inboxes[N].onTestThread |= std::this_thread::get_id() == testThread;
+    std::lock_guard lock(mutex);
+    inboxes[N].emplace_back(text);
+    onTestThread |= std::this_thread::get_id() == testThread;
+}
+Texts take(int n) {
+    std::lock_guard lock(mutex);
+    return std::exchange(inboxes[n], {});
 }
 const velmora_intermediate_callback kCallbacks[] = {receive<0>, receive<1>, receive<2>};
 
@@ -44,22 +37,20 @@ TEST_F(PeachResults, EveryTextReachesOneCallbackWhileTheHostReRegisters) {
     std::atomic<bool> delivering{true};
     std::atomic<int> refused{0};
     std::thread host([&] {
-        for (int i = 1; delivering.load() || i < 4; ++i) {
-            if (velmora_peach_setIntermediateResultHandler(handle, kCallbacks[i % 3]) != 0) ++refused;
-        }
+        for (int i = 1; delivering.load() || i < 4; ++i)
+            refused += velmora_peach_setIntermediateResultHandler(handle, kCallbacks[i % 3]) != 0;
     });
     EXPECT_EQ(sdk::fireConcurrently(kThreads, kPerThread, "r"), kThreads * kPerThread);
     delivering = false;
     host.join();
     EXPECT_EQ(refused.load(), 0);
-
     std::map<std::string, int> seen;
-    for (Inbox &inbox : inboxes) {
-        EXPECT_FALSE(inbox.deliveredOnTestThread());
-        for (const std::string &text : inbox.take()) ++seen[text];
-    }
+    for (int n = 0; n < 3; ++n)
+        for (const std::string &text : take(n)) ++seen[text];
     EXPECT_EQ(seen.size(), std::size_t{kThreads * kPerThread});
     for (const auto &[text, count] : seen) EXPECT_EQ(count, 1) << text;
+    std::lock_guard lock(mutex);
+    EXPECT_FALSE(onTestThread);
 }
 
 TEST_F(PeachResults, NullCallbacksAndNullTextsAreDroppedAndFailuresKeepTheCallback) {
@@ -68,18 +59,15 @@ TEST_F(PeachResults, NullCallbacksAndNullTextsAreDroppedAndFailuresKeepTheCallba
     sdk::fire("one");
     sdk::fire(nullptr);  // a null Java string is skipped, never read
     sdk::fire("");
-    EXPECT_EQ(inboxes[0].take(), (Texts{"one", ""}));
-
+    EXPECT_EQ(take(0), (Texts{"one", ""}));
     ASSERT_EQ(velmora_peach_setIntermediateResultHandler(handle, nullptr), 0);
     sdk::fire("dropped");
-    EXPECT_EQ(inboxes[0].take(), Texts{});
-
+    EXPECT_EQ(take(0), Texts{});
     // One pointer for the whole process: any description's handler delivers
     // to the callback registered last.
     ASSERT_EQ(velmora_peach_setIntermediateResultHandler(handle + 1, kCallbacks[1]), 0);
     sdk::fire("Grüße\nzwei");
-    EXPECT_EQ(inboxes[1].take(), Texts{"Grüße\nzwei"});
-
+    EXPECT_EQ(take(1), Texts{"Grüße\nzwei"});
     sdk::script("setIntermediateResultHandler", {"throw"});
     EXPECT_EQ(velmora_peach_setIntermediateResultHandler(handle, kCallbacks[2]), -13);
     EXPECT_EQ(velmora_peach_intermediate_callback_fun, kCallbacks[1]);
@@ -87,8 +75,8 @@ TEST_F(PeachResults, NullCallbacksAndNullTextsAreDroppedAndFailuresKeepTheCallba
     ASSERT_EQ(velmora_unload(0), 0);
     EXPECT_EQ(velmora_peach_setIntermediateResultHandler(handle, kCallbacks[2]), -11);
     sdk::fire("after unload");
-    EXPECT_EQ(inboxes[1].take(), Texts{"after unload"});
-    EXPECT_EQ(inboxes[2].take(), Texts{});
+    EXPECT_EQ(take(1), Texts{"after unload"});
+    EXPECT_EQ(take(2), Texts{});
 }
 
 }  // namespace

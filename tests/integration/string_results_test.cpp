@@ -1,59 +1,62 @@
-// Single string results: every string function x the Java outcome x the
-// caller's capacity, with the function's rule for a null Java string
-// (delivered as "", or no text at all), plus the texts of the bridge itself.
+// String results: every string function x the Java outcome x the caller's
+// capacity, with the function's rule for a null Java string (delivered as "",
+// or no text at all); the three indexed walks; and the bridge's own texts.
 #include <cstring>
 
 #include "support/fixture.hpp"
 
 namespace {
 
-enum class Null { Empty, NoText };
 using Fetch = int (*)(char *, std::size_t *);
+using Journal = std::vector<std::string>;
+#define FETCH(expression) [](char *b, std::size_t *l) { return expression; }
 struct Function {
     const char *method;  // scripted in the double
-    Null rule;
+    bool nullIsNoText;   // else a null Java string is delivered as ""
     Fetch fetch;
 };
-#define FETCH(expression) [](char *b, std::size_t *l) { return expression; }
 const Function kFunctions[] = {
-    {"getTempDir", Null::Empty, FETCH(velmora_getTempDir(b, l))},
-    {"getLastErrorMessage()Ljava/lang/String;", Null::Empty, FETCH(velmora_getLastErrorMessage(b, l))},
-    {"getUserLogin", Null::Empty, FETCH(velmora_getUserLogin(b, l))},
-    {"getPluginConf", Null::Empty, FETCH(velmora_getPluginConf("p", "k", b, l))},
-    {"describeStatusCode", Null::Empty, FETCH(velmora_describeStatusCode(7, b, l))},
-    {"getProjectDescription", Null::Empty, FETCH(velmora_getProjectDescription(1, b, l))},
-    {"getProjectParamValue", Null::Empty, FETCH(velmora_getProjectParamValue(1, "k", b, l))},
-    {"getResultDirectory", Null::Empty, FETCH(velmora_getResultDirectory(1, b, l))},
-    {"getResultFile", Null::Empty, FETCH(velmora_getResultFile(1, b, l))},
-    {"getProjectStatistic", Null::Empty, FETCH(velmora_getProjectStatistic(1, "s", b, l))},
-    {"getLastCreatedBundleName", Null::NoText, FETCH(velmora_getLastCreatedBundleName(1, b, l))},
-    {"getStatisticsString", Null::NoText, FETCH(velmora_getStatisticsString(1, b, l))},
-    {"peachNextFile", Null::NoText, FETCH(velmora_peachNextFile(1, b, l))},
-    {"nextFile", Null::NoText, FETCH(velmora_peach_nextFile(5, b, l))},
-    {"getLastErrorMessage(I)Ljava/lang/String;", Null::NoText, FETCH(velmora_peach_getLastErrorMessage(5, b, l))},
+    {"getTempDir", false, FETCH(velmora_getTempDir(b, l))},
+    {"getLastErrorMessage()Ljava/lang/String;", false, FETCH(velmora_getLastErrorMessage(b, l))},
+    {"getUserLogin", false, FETCH(velmora_getUserLogin(b, l))},
+    {"getPluginConf", false, FETCH(velmora_getPluginConf("p", "k", b, l))},
+    {"describeStatusCode", false, FETCH(velmora_describeStatusCode(7, b, l))},
+    {"getProjectDescription", false, FETCH(velmora_getProjectDescription(1, b, l))},
+    {"getProjectParamValue", false, FETCH(velmora_getProjectParamValue(1, "k", b, l))},
+    {"getResultDirectory", false, FETCH(velmora_getResultDirectory(1, b, l))},
+    {"getResultFile", false, FETCH(velmora_getResultFile(1, b, l))},
+    {"getProjectStatistic", false, FETCH(velmora_getProjectStatistic(1, "s", b, l))},
+    {"getLastCreatedBundleName", true, FETCH(velmora_getLastCreatedBundleName(1, b, l))},
+    {"getStatisticsString", true, FETCH(velmora_getStatisticsString(1, b, l))},
+    {"peachNextFile", true, FETCH(velmora_peachNextFile(1, b, l))},
+    {"nextFile", true, FETCH(velmora_peach_nextFile(5, b, l))},
+    {"getLastErrorMessage(I)Ljava/lang/String;", true, FETCH(velmora_peach_getLastErrorMessage(5, b, l))},
 };
 
 enum class Shape { Plain, NoBuffer, NoLength };
 struct Case {
-    const char *outcome;
+    const char *outcome;  // "null" for a null Java string
     std::size_t capacity;
     Shape shape;
-    int status;
-    std::size_t len;    // after the call
-    const char *text;   // in the buffer; nullptr: untouched
+    int status, noTextStatus;       // by the function's null rule
+    std::size_t len, noTextLen;     // after the call
+    const char *text;               // in the buffer; nullptr: untouched
 };
 const char kSupplementary[] = "x\xED\xA0\xBD\xED\xB8\x80";  // U+1F600 as Java hands it out
 const Case kCases[] = {
-    {"0123456789", 0, Shape::Plain, -23, 11, nullptr},
-    {"0123456789", 10, Shape::Plain, -23, 11, nullptr},
-    {"0123456789", 11, Shape::Plain, 0, 11, "0123456789"},
-    {"0123456789", 64, Shape::NoBuffer, -23, 11, nullptr},
-    {"0123456789", 64, Shape::NoLength, -23, 64, nullptr},
-    {"Grüße", 7, Shape::Plain, -23, 8, nullptr},
-    {"Grüße", 8, Shape::Plain, 0, 8, "Grüße"},
-    {kSupplementary, 64, Shape::Plain, 0, 8, kSupplementary},
-    {"", 0, Shape::Plain, -23, 1, nullptr},
-    {"", 1, Shape::Plain, 0, 1, ""},
+    {"0123456789", 0, Shape::Plain, -23, -23, 11, 11, nullptr},
+    {"0123456789", 10, Shape::Plain, -23, -23, 11, 11, nullptr},
+    {"0123456789", 11, Shape::Plain, 0, 0, 11, 11, "0123456789"},
+    {"0123456789", 64, Shape::NoBuffer, -23, -23, 11, 11, nullptr},
+    {"0123456789", 64, Shape::NoLength, -23, -23, 64, 64, nullptr},
+    {"Grüße", 7, Shape::Plain, -23, -23, 8, 8, nullptr},
+    {"Grüße", 8, Shape::Plain, 0, 0, 8, 8, "Grüße"},
+    {kSupplementary, 64, Shape::Plain, 0, 0, 8, 8, kSupplementary},
+    {"", 0, Shape::Plain, -23, -23, 1, 1, nullptr},
+    {"", 1, Shape::Plain, 0, 0, 1, 1, ""},
+    {"null", 0, Shape::Plain, -23, 0, 1, 0, nullptr},
+    {"null", 1, Shape::Plain, 0, 0, 1, 0, ""},  // no text: untouched
+    {"null", 64, Shape::Plain, 0, 0, 1, 0, ""},
 };
 
 class StringResults : public PeachBridge {};
@@ -62,33 +65,100 @@ TEST_F(StringResults, EveryFunctionOutcomeAndCapacity) {
     for (const Function &f : kFunctions) {
         for (const Case &c : kCases) {
             SCOPED_TRACE(std::string(f.method) + " <- \"" + c.outcome + "\" into " + std::to_string(c.capacity));
+            const bool noText = f.nullIsNoText && std::string(c.outcome) == "null";
             sdk::script(f.method, {c.outcome});
             Buffer b(c.capacity);
-            EXPECT_EQ(f.fetch(c.shape == Shape::NoBuffer ? nullptr : b.bytes,
-                              c.shape == Shape::NoLength ? nullptr : &b.len),
-                      c.status);
-            EXPECT_EQ(b.len, c.len);
-            EXPECT_EQ(b.untouched(), c.text == nullptr);
-            if (c.text) {
+            EXPECT_EQ(f.fetch(c.shape == Shape::NoBuffer ? nullptr : b.bytes, c.shape == Shape::NoLength ? nullptr : &b.len),
+                      noText ? c.noTextStatus : c.status);
+            EXPECT_EQ(b.len, noText ? c.noTextLen : c.len);
+            EXPECT_EQ(b.untouched(), c.text == nullptr || noText);
+            if (c.text && !noText) {
                 EXPECT_STREQ(b.bytes, c.text);
             }
-        }
-        // A null Java string, by the function's rule.
-        const bool noText = f.rule == Null::NoText;
-        sdk::script(f.method, {"null"});
-        for (std::size_t capacity : {0, 1, 64}) {
-            SCOPED_TRACE(std::string(f.method) + " <- null into " + std::to_string(capacity));
-            Buffer b(capacity);
-            EXPECT_EQ(f.fetch(b.bytes, &b.len), noText || capacity ? 0 : -23);
-            EXPECT_EQ(b.len, noText ? 0u : 1u);
-            EXPECT_EQ(b.untouched(), noText || capacity == 0);
         }
         sdk::journal();
     }
 }
 
-// The library's own texts: built-in status texts need no Java, and before
-// start-up two functions explain in 52 characters and two NULs why they failed.
+// The count travels back through index on success and on -24 only; -23
+// leaves "" and the position asked for.
+TEST_F(StringResults, IndexedNamesReportCountAndBoundaries) {
+    using Walk = int (*)(int *, char *, size_t *);
+    const std::tuple<const char *, const char *, Walk> collections[] = {
+        {"getProjectParamCount", "getProjectParamName",
+         [](int *i, char *b, size_t *l) { return velmora_getProjectParamName(5, i, b, l); }},
+        {"getResultFileCount", "getResultFileName",
+         [](int *i, char *b, size_t *l) { return velmora_getResultFiles(5, i, b, l); }},
+        {"getStreamedResultFilesCount", "getStreamedResultFileName",
+         [](int *i, char *b, size_t *l) { return velmora_getStreamedResultFiles(5, i, b, l); }},
+    };
+    struct Step {
+        const char *countIs, *nameIs;
+        int index;
+        size_t capacity;
+        int status, indexAfter;
+        size_t lenAfter;
+        const char *text;  // nullptr: buffer untouched
+    };
+    const int kOutOfRange = VELMORA_STATUS_FILE_INDEX_OUT_OF_BOUNDS, kSmall = VELMORA_STATUS_BUFFER_TOO_SMALL;
+    const Step steps[] = {
+        {"3", "name-one", -1, 64, kOutOfRange, 3, 1, ""},
+        {"3", "name-one", 3, 64, kOutOfRange, 3, 1, ""},
+        {"3", "name-one", 3, 0, kOutOfRange, 3, 1, nullptr},
+        {"0", "name-one", 0, 64, kOutOfRange, 0, 1, ""},
+        {"3", "name-one", 1, 9, 0, 3, 9, "name-one"},
+        {"3", "name-one", 1, 8, kSmall, 1, 9, ""},
+        {"3", "name-one", 1, 0, kSmall, 1, 9, nullptr},
+        {"3", "null", 2, 64, 0, 3, 1, ""},
+        {"3", "throw", 2, 64, VELMORA_STATUS_JAVA_EXCEPTION, 2, 64, nullptr},
+        {"throw", "name-one", 2, 64, VELMORA_STATUS_JAVA_EXCEPTION, 2, 64, nullptr},
+    };
+    for (const auto &[count, name, walk] : collections) {
+        for (const Step &s : steps) {
+            SCOPED_TRACE(std::string(name) + " at " + std::to_string(s.index) + " of " + s.countIs);
+            sdk::script(count, {s.countIs});
+            sdk::script(name, {s.nameIs});
+            Buffer b(s.capacity);
+            int index = s.index;
+            EXPECT_EQ(walk(&index, b.bytes, &b.len), s.status);
+            EXPECT_EQ(index, s.indexAfter);
+            EXPECT_EQ(b.len, s.lenAfter);
+            EXPECT_EQ(b.untouched(), s.text == nullptr);
+            if (s.text) {
+                EXPECT_EQ(b.text(), s.text);
+            }
+            Journal expected = {std::string(count) + "(I)I 5"};
+            if (s.status != kOutOfRange && std::string(s.countIs) != "throw")
+                expected.push_back(std::string(name) + "(II)Ljava/lang/String; 5, " + std::to_string(s.index));
+            EXPECT_EQ(sdk::journal(), expected);
+        }
+        sdk::script(count, {"3"});  // a null index pointer reads as out of range
+        Buffer b(64);
+        EXPECT_EQ(walk(nullptr, b.bytes, &b.len), kOutOfRange) << name;
+        EXPECT_EQ(b.len, 1u) << name;
+        sdk::journal();
+    }
+}
+
+// Java system properties come from the running machine, by the no-text rule;
+// built-in status texts never ask Java.
+TEST_F(StringResults, JavaSystemPropertiesAndBuiltInTexts) {
+    Buffer missing(64), empty(64), version(4), builtIn(64);
+    EXPECT_EQ(velmora_getJavaSystemProperty("no.such.property", missing.bytes, &missing.len), 0);
+    EXPECT_EQ(missing.len, 0u);
+    EXPECT_TRUE(missing.untouched());
+    EXPECT_EQ(velmora_getJavaSystemProperty("com.sun.management.jmxremote", empty.bytes, &empty.len), 0);
+    EXPECT_EQ(empty.len, 1u);
+    EXPECT_EQ(velmora_getJavaSystemProperty("java.class.version", version.bytes, &version.len), -23);
+    EXPECT_EQ(version.len, 5u);  // "61.0" (or "69.0") and the NUL
+    EXPECT_EQ(velmora_getJavaSystemProperty(nullptr, version.bytes, &version.len), -13);
+    EXPECT_EQ(velmora_describeStatusCode(-24, builtIn.bytes, &builtIn.len), 0);
+    EXPECT_TRUE(sdk::journal().empty());
+}
+
+// Before start-up: the built-in status texts need no Java, other codes are
+// Java's to describe, and two functions explain in 52 characters and two NULs
+// why they failed.
 TEST(BridgeTexts, BuiltInStatusTextsAndTheNotInitialisedText) {
     const std::pair<int, const char *> builtIn[] = {
         {0, "OK"}, {-11, "Java is not initialized"}, {-12, "Java method could not be found"},
@@ -100,19 +170,19 @@ TEST(BridgeTexts, BuiltInStatusTextsAndTheNotInitialisedText) {
         {-24, "File index is out of bounds."}, {-25, "VARIANT type is invalid, BSTR expected."},
     };
     for (auto [code, text] : builtIn) {
-        const std::size_t bytes = std::strlen(text) + 1;
-        Buffer small(bytes - 1), exact(bytes);
+        Buffer small(std::strlen(text)), exact(std::strlen(text) + 1);
         EXPECT_EQ(velmora_describeStatusCode(code, small.bytes, &small.len), -23) << code;
-        EXPECT_EQ(small.len, bytes);
+        EXPECT_EQ(small.len, exact.len);
         EXPECT_TRUE(small.untouched());
         EXPECT_EQ(velmora_describeStatusCode(code, exact.bytes, &exact.len), 0) << code;
         EXPECT_EQ(exact.text(), text);
     }
-    Buffer unknown(64);  // other codes are Java's to describe
+    Buffer unknown(64), property(64);
     EXPECT_EQ(velmora_describeStatusCode(-26, unknown.bytes, &unknown.len), -11);
     EXPECT_TRUE(unknown.untouched());
-
-    for (Fetch fetch : std::initializer_list<Fetch>{FETCH(velmora_getLastErrorMessage(b, l)), FETCH(velmora_getPluginConf("p", "k", b, l))}) {
+    EXPECT_EQ(velmora_getJavaSystemProperty("java.version", property.bytes, &property.len), -11);
+    EXPECT_TRUE(property.untouched());
+    for (Fetch fetch : {kFunctions[1].fetch, kFunctions[3].fetch}) {  // getLastErrorMessage, getPluginConf
         Buffer tight(53), room(54);
         EXPECT_EQ(fetch(tight.bytes, &tight.len), -11);
         EXPECT_EQ(tight.len, 54u);
@@ -121,26 +191,6 @@ TEST(BridgeTexts, BuiltInStatusTextsAndTheNotInitialisedText) {
         EXPECT_EQ(room.len, 54u);
         EXPECT_EQ(std::string(room.bytes, 55), std::string("No Error Message available; Java is not initialized.\0\0#", 55));
     }
-    Buffer property(64);
-    EXPECT_EQ(velmora_getJavaSystemProperty("java.version", property.bytes, &property.len), -11);
-    EXPECT_TRUE(property.untouched());
-}
-
-// Java system properties come from the running machine, by the no-text rule.
-TEST_F(StringResults, JavaSystemProperties) {
-    Buffer missing(64), empty(64), version(4);
-    EXPECT_EQ(velmora_getJavaSystemProperty("no.such.property", missing.bytes, &missing.len), 0);
-    EXPECT_EQ(missing.len, 0u);
-    EXPECT_TRUE(missing.untouched());
-    EXPECT_EQ(velmora_getJavaSystemProperty("com.sun.management.jmxremote", empty.bytes, &empty.len), 0);
-    EXPECT_EQ(empty.len, 1u);
-    EXPECT_EQ(velmora_getJavaSystemProperty("java.class.version", version.bytes, &version.len), -23);
-    EXPECT_EQ(version.len, 5u);  // "61.0" (or "69.0") and the NUL
-    EXPECT_EQ(velmora_getJavaSystemProperty(nullptr, version.bytes, &version.len), -13);
-    // Built-in codes never ask Java.
-    Buffer builtIn(64);
-    EXPECT_EQ(velmora_describeStatusCode(-24, builtIn.bytes, &builtIn.len), 0);
-    EXPECT_TRUE(sdk::journal().empty());
 }
 
 }  // namespace

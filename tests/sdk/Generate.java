@@ -1,16 +1,18 @@
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.util.ArrayList;
 import java.util.LinkedHashMap;
-import java.util.List;
 import java.util.Map;
 import java.util.regex.Matcher;
 import java.util.regex.Pattern;
+import java.util.stream.Collectors;
 
 /**
  * Writes the Java sources of the SDK double from its description (double.txt):
- * java Generate.java DESCRIPTION OUTDIR makes OUTDIR/SET/... for the double
- * ("double") and every variant, with OUTDIR/SET/sources.txt listing the files.
+ * java Generate.java DESCRIPTION OUTDIR HANDWRITTEN... makes OUTDIR/SET/... for
+ * the double ("double") and every variant, with OUTDIR/SET/sources.txt listing
+ * every source of that set: hand-written (files under a java/ directory) and
+ * generated. A variant starts from the double's classes, drops those it names after
+ * "without", and replaces or adds those it describes.
  */
 public final class Generate {
     private static final Pattern CONSTRUCTOR = Pattern.compile("(\\w+)\\(([^)]*)\\)( throws)?");
@@ -21,7 +23,13 @@ public final class Generate {
             "void", "V", "String", "Ljava/lang/String;", "Class", "Ljava/lang/Class;");
 
     public static void main(String[] args) throws Exception {
-        Map<String, StringBuilder> classes = new LinkedHashMap<>();
+        Map<String, Map<String, Path>> sets = new LinkedHashMap<>();  // set -> class -> source
+        Map<String, StringBuilder> generated = new LinkedHashMap<>();  // source -> text
+        sets.put("double", new LinkedHashMap<>());
+        for (int k = 2; k < args.length; k++) {  // .../java/velmora/user/X.java is velmora.user.X
+            String name = args[k].substring(args[k].lastIndexOf("/java/") + 6).replace(".java", "");
+            sets.get("double").put(name.replace('/', '.'), Path.of(args[k]));
+        }
         String set = "double";
         StringBuilder out = null;
         for (String line : Files.readAllLines(Path.of(args[0]))) {
@@ -29,13 +37,18 @@ public final class Generate {
             if (line.isBlank() || line.startsWith("#")) {
                 continue;
             } else if (line.startsWith("variant ")) {
-                set = line.substring(8);
+                String[] words = line.split(" ");
+                set = words[1];
+                sets.put(set, new LinkedHashMap<>(sets.get("double")));
+                for (int k = 3; k < words.length; k++) sets.get(set).remove(words[k]);
             } else if (line.startsWith("class ")) {
                 String name = line.substring(6);
                 int dot = name.lastIndexOf('.');
+                Path file = Path.of(args[1], set, name.replace('.', '/') + ".java").toAbsolutePath();
                 out = new StringBuilder("package " + name.substring(0, dot) + ";\nimport velmora.testing.Sdk;\n"
                         + "public class " + name.substring(dot + 1) + " {\n");
-                classes.put(set + "/" + name.replace('.', '/') + ".java", out);
+                generated.put(file.toString(), out);
+                sets.get(set).put(name, file);
             } else if ((m = CONSTRUCTOR.matcher(line)).matches()) {
                 out.append(String.format("public %s(%s) { Sdk.constructed();%s }%n", m.group(1), parameters(m.group(2)),
                         m.group(3) == null ? "" : " throw new IllegalStateException(\"refused\");"));
@@ -59,24 +72,21 @@ public final class Generate {
                 throw new IllegalArgumentException("cannot read: " + line);
             }
         }
-        Map<String, List<String>> sources = new LinkedHashMap<>();
-        for (Map.Entry<String, StringBuilder> c : classes.entrySet()) {
-            Path file = Path.of(args[1], c.getKey()).toAbsolutePath();
-            Files.createDirectories(file.getParent());
-            Files.writeString(file, c.getValue().append("}\n"));
-            sources.computeIfAbsent(c.getKey().split("/")[0], k -> new ArrayList<>()).add(file.toString());
+        for (Map.Entry<String, StringBuilder> source : generated.entrySet()) {
+            Files.createDirectories(Path.of(source.getKey()).getParent());
+            Files.writeString(Path.of(source.getKey()), source.getValue().append("}\n"));
         }
-        for (Map.Entry<String, List<String>> s : sources.entrySet()) {
-            Files.write(Path.of(args[1], s.getKey(), "sources.txt"), s.getValue());
+        for (Map.Entry<String, Map<String, Path>> s : sets.entrySet()) {
+            Files.createDirectories(Path.of(args[1], s.getKey()));
+            Files.write(Path.of(args[1], s.getKey(), "sources.txt"),
+                    s.getValue().values().stream().map(Path::toString).collect(Collectors.toList()));
         }
     }
 
     private static String parameters(String list) {
         String[] types = list.isBlank() ? new String[0] : list.split(",\\s*");
         StringBuilder out = new StringBuilder();
-        for (int k = 0; k < types.length; k++) {
-            out.append(k == 0 ? "" : ", ").append(types[k]).append(" a").append(k);
-        }
+        for (int k = 0; k < types.length; k++) out.append(k == 0 ? "" : ", ").append(types[k]).append(" a").append(k);
         return out.toString();
     }
 

@@ -30,12 +30,11 @@ std::vector<std::string> journal();
 // The one call recorded since the last read; throws unless there is exactly one.
 std::string lastCall();
 
-// Whether the last String or array argument that reached Java has been
-// garbage-collected (a leaked JNI local reference would keep it alive).
-bool lastArgumentCollected();
-
 // Number of ManagementImpl objects constructed since the last reset.
 int instances();
+
+// Live Java threads of the library's JVM, attached native threads included.
+int javaThreads();
 
 // Delivers one intermediate result (text may be null) to the handler the
 // library registered, on the calling thread.

@@ -1,6 +1,6 @@
 package velmora.testing;
 
-import java.lang.ref.WeakReference;
+import java.lang.management.ManagementFactory;
 import java.util.ArrayList;
 import java.util.HashMap;
 import java.util.List;
@@ -26,12 +26,14 @@ import velmora.user.IntermediateResultHandler;
  * result type. Unscripted methods return 0, false, null or their natural object.
  * An IntermediateResultHandler argument becomes the handler {@link #fire} uses.
  * The constructors count themselves and can be scripted to throw ("<init>").
+ * The methods the native tests call return an int, so that they share one
+ * calling path there.
+ *
+ * <p>Benchmarks set -Dvelmora.sdk.quiet=true: nothing is journaled, scripts are
+ * not read, and int and String methods return velmora.sdk.quiet.int (default 0)
+ * and velmora.sdk.quiet.text (default null).
  */
 public final class Sdk {
-    /**
-     * Benchmarks set -Dvelmora.sdk.quiet=true: nothing is journaled, scripts are not read, and int and
-     * String methods return velmora.sdk.quiet.int (default 0) and velmora.sdk.quiet.text (default null).
-     */
     private static final boolean QUIET = Boolean.getBoolean("velmora.sdk.quiet");
     private static final int QUIET_INT = Integer.getInteger("velmora.sdk.quiet.int", 0);
     private static final String QUIET_TEXT = System.getProperty("velmora.sdk.quiet.text");
@@ -39,20 +41,20 @@ public final class Sdk {
     private static final Map<String, String[]> scripts = new HashMap<>();
     private static final Map<String, Integer> taken = new HashMap<>();
     private static int instances;
-    private static volatile WeakReference<Object> lastArgument = new WeakReference<>(null);
     private static volatile IntermediateResultHandler handler;
 
-    public static synchronized void reset() {
+    public static synchronized int reset() {
         entries.clear();
         scripts.clear();
         taken.clear();
-        instances = 0;
         handler = null;
+        return instances = 0;
     }
 
-    public static synchronized void script(String key, String... outcomes) {
+    public static synchronized int script(String key, String... outcomes) {
         taken.remove(key);
         if (outcomes.length == 0) scripts.remove(key); else scripts.put(key, outcomes.clone());
+        return outcomes.length;
     }
 
     public static synchronized String journal() {
@@ -65,34 +67,27 @@ public final class Sdk {
         return instances;
     }
 
-    /** Whether the last String or array argument has been garbage-collected. */
-    public static boolean lastArgumentCollected() throws InterruptedException {
-        for (int attempt = 0; attempt < 20 && lastArgument.get() != null; attempt++) {
-            System.gc();
-            Thread.sleep(10);
+    /** Live Java threads, attached native threads included. */
+    public static int threads() {
+        return ManagementFactory.getThreadMXBean().getThreadCount();
+    }
+
+    /** Delivers text on the calling thread; perThread texts from each of `threads` new threads when threads > 0. */
+    public static int fire(String text, int threads, int perThread) throws InterruptedException {
+        if (threads == 0) {
+            handler.func(text);
+            return 1;
         }
-        return lastArgument.get() == null;
-    }
-
-    public static void fire(String text) {
-        IntermediateResultHandler current = handler;
-        if (current == null) throw new IllegalStateException("no intermediate result handler registered");
-        current.func(text);
-    }
-
-    /** perThread results from each of `threads` new threads; returns how many were delivered. */
-    public static int fireConcurrently(int threads, int perThread, String prefix) throws InterruptedException {
         AtomicInteger delivered = new AtomicInteger();
         Thread[] workers = new Thread[threads];
         for (int t = 0; t < threads; t++) {
-            String threadPrefix = prefix + t + ":";
+            String prefix = text + t + ":";
             workers[t] = new Thread(() -> {
                 for (int i = 0; i < perThread; i++) {
                     IntermediateResultHandler current = handler;
-                    if (current != null) {
-                        current.func(threadPrefix + i);
-                        delivered.incrementAndGet();
-                    }
+                    if (current == null) continue;
+                    current.func(prefix + i);
+                    delivered.incrementAndGet();
                 }
             });
             workers[t].start();
@@ -111,35 +106,31 @@ public final class Sdk {
     }
 
     public static int i(String key, Object... args) {
-        if (QUIET) return QUIET_INT;
-        String outcome = record(key, args);
-        return outcome == null ? 0 : Integer.parseInt(outcome);
+        return QUIET ? QUIET_INT : Integer.parseInt(record(key, args, "0"));
     }
 
     public static long j(String key, Object... args) {
-        String outcome = record(key, args);
-        return outcome == null ? 0L : Long.parseLong(outcome);
+        return Long.parseLong(record(key, args, "0"));
     }
 
     public static boolean z(String key, Object... args) {
-        return "true".equals(record(key, args));
+        return "true".equals(record(key, args, null));
     }
 
     public static String s(String key, Object... args) {
-        if (QUIET) return QUIET_TEXT;
-        String outcome = record(key, args);
+        String outcome = QUIET ? QUIET_TEXT : record(key, args, null);
         return "null".equals(outcome) ? null : outcome;
     }
 
     public static void v(String key, Object... args) {
-        record(key, args);
+        record(key, args, null);
         for (Object arg : args) {
             if (arg instanceof IntermediateResultHandler) handler = (IntermediateResultHandler) arg;
         }
     }
 
     public static <T> T o(T natural, String key, Object... args) {
-        return "null".equals(record(key, args)) ? null : natural;
+        return "null".equals(record(key, args, null)) ? null : natural;
     }
 
     private static synchronized String outcome(String key) {
@@ -151,19 +142,16 @@ public final class Sdk {
         return script[Math.min(next, script.length - 1)];
     }
 
-    private static String record(String key, Object[] args) {
-        if (QUIET) return null;
+    private static String record(String key, Object[] args, String unscripted) {
+        if (QUIET) return unscripted;
         StringBuilder entry = new StringBuilder(key);
-        for (int k = 0; k < args.length; k++) {
-            entry.append(k == 0 ? " " : ", ").append(render(args[k]));
-            if (args[k] instanceof String || args[k] instanceof String[]) lastArgument = new WeakReference<>(args[k]);
-        }
+        for (int k = 0; k < args.length; k++) entry.append(k == 0 ? " " : ", ").append(render(args[k]));
         synchronized (Sdk.class) {
             entries.add(entry.toString());
         }
         String outcome = outcome(key);
         if ("throw".equals(outcome)) throw new RuntimeException("scripted failure in " + key.substring(0, key.indexOf('(')));
-        return outcome;
+        return outcome == null ? unscripted : outcome;
     }
 
     private static String render(Object value) {
