@@ -7,7 +7,7 @@
 // the JVM's JNI checking, none may hold more local references than it frees.
 #include <set>
 
-#include "tables/forwarders.hpp"
+#include "support/fixture.hpp"
 
 namespace {
 

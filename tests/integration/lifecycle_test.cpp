@@ -2,7 +2,7 @@
 // object, unloading and the peach wrapper, plug-ins.
 #include <thread>
 
-#include "tables/forwarders.hpp"
+#include "support/fixture.hpp"
 
 namespace {
 

@@ -2,7 +2,7 @@
 // that takes them: each form reads exactly `count` strings, in order, with
 // null elements arriving as null slots; lists that cannot be read are
 // refused before Java.
-#include "tables/forwarders.hpp"
+#include "support/fixture.hpp"
 
 namespace {
 

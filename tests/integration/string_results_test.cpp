@@ -9,67 +9,46 @@ namespace {
 
 using Fetch = int (*)(char *, std::size_t *);
 using Journal = std::vector<std::string>;
-#define FETCH(expression) [](char *b, std::size_t *l) { return expression; }
-struct Function {
-    const char *method;  // scripted in the double
-    bool nullIsNoText;   // else a null Java string is delivered as ""
-    Fetch fetch;
-};
-const Function kFunctions[] = {
-    {"getTempDir", false, FETCH(velmora_getTempDir(b, l))},
-    {"getLastErrorMessage()Ljava/lang/String;", false, FETCH(velmora_getLastErrorMessage(b, l))},
-    {"getUserLogin", false, FETCH(velmora_getUserLogin(b, l))},
-    {"getPluginConf", false, FETCH(velmora_getPluginConf("p", "k", b, l))},
-    {"describeStatusCode", false, FETCH(velmora_describeStatusCode(7, b, l))},
-    {"getProjectDescription", false, FETCH(velmora_getProjectDescription(1, b, l))},
-    {"getProjectParamValue", false, FETCH(velmora_getProjectParamValue(1, "k", b, l))},
-    {"getResultDirectory", false, FETCH(velmora_getResultDirectory(1, b, l))},
-    {"getResultFile", false, FETCH(velmora_getResultFile(1, b, l))},
-    {"getProjectStatistic", false, FETCH(velmora_getProjectStatistic(1, "s", b, l))},
-    {"getLastCreatedBundleName", true, FETCH(velmora_getLastCreatedBundleName(1, b, l))},
-    {"getStatisticsString", true, FETCH(velmora_getStatisticsString(1, b, l))},
-    {"peachNextFile", true, FETCH(velmora_peachNextFile(1, b, l))},
-    {"nextFile", true, FETCH(velmora_peach_nextFile(5, b, l))},
-    {"getLastErrorMessage(I)Ljava/lang/String;", true, FETCH(velmora_peach_getLastErrorMessage(5, b, l))},
-};
 
-enum class Shape { Plain, NoBuffer, NoLength };
 struct Case {
     const char *outcome;  // "null" for a null Java string
     std::size_t capacity;
-    Shape shape;
-    int status, noTextStatus;       // by the function's null rule
-    std::size_t len, noTextLen;     // after the call
-    const char *text;               // in the buffer; nullptr: untouched
+    bool noBytes, noLength;
+    int status, noTextStatus;    // by the function's null rule
+    std::size_t len, noTextLen;  // after the call
+    const char *text;            // in the buffer; nullptr: untouched
 };
 const char kSupplementary[] = "x\xED\xA0\xBD\xED\xB8\x80";  // U+1F600 as Java hands it out
 const Case kCases[] = {
-    {"0123456789", 0, Shape::Plain, -23, -23, 11, 11, nullptr},
-    {"0123456789", 10, Shape::Plain, -23, -23, 11, 11, nullptr},
-    {"0123456789", 11, Shape::Plain, 0, 0, 11, 11, "0123456789"},
-    {"0123456789", 64, Shape::NoBuffer, -23, -23, 11, 11, nullptr},
-    {"0123456789", 64, Shape::NoLength, -23, -23, 64, 64, nullptr},
-    {"Grüße", 7, Shape::Plain, -23, -23, 8, 8, nullptr},
-    {"Grüße", 8, Shape::Plain, 0, 0, 8, 8, "Grüße"},
-    {kSupplementary, 64, Shape::Plain, 0, 0, 8, 8, kSupplementary},
-    {"", 0, Shape::Plain, -23, -23, 1, 1, nullptr},
-    {"", 1, Shape::Plain, 0, 0, 1, 1, ""},
-    {"null", 0, Shape::Plain, -23, 0, 1, 0, nullptr},
-    {"null", 1, Shape::Plain, 0, 0, 1, 0, ""},  // no text: untouched
-    {"null", 64, Shape::Plain, 0, 0, 1, 0, ""},
+    {"0123456789", 0, false, false, -23, -23, 11, 11, nullptr},
+    {"0123456789", 10, false, false, -23, -23, 11, 11, nullptr},
+    {"0123456789", 11, false, false, 0, 0, 11, 11, "0123456789"},
+    {"0123456789", 64, true, false, -23, -23, 11, 11, nullptr},
+    {"0123456789", 64, false, true, -23, -23, 64, 64, nullptr},
+    {"Grüße", 7, false, false, -23, -23, 8, 8, nullptr},
+    {"Grüße", 8, false, false, 0, 0, 8, 8, "Grüße"},
+    {kSupplementary, 64, false, false, 0, 0, 8, 8, kSupplementary},
+    {"", 0, false, false, -23, -23, 1, 1, nullptr},
+    {"", 1, false, false, 0, 0, 1, 1, ""},
+    {"null", 0, false, false, -23, 0, 1, 0, nullptr},
+    {"null", 1, false, false, 0, 0, 1, 0, ""},  // no text: untouched
+    {"null", 64, false, false, 0, 0, 1, 0, ""},
 };
 
 class StringResults : public PeachBridge {};
 
+// Every text row of the forwarding table (the indexed walks have a table of
+// their own) against every case.
 TEST_F(StringResults, EveryFunctionOutcomeAndCapacity) {
-    for (const Function &f : kFunctions) {
+    for (const table::Row &row : table::forwarders()) {
+        if (!row.text || row.reached.size() != 1) continue;
+        const std::string &line = row.reached[0].line;
         for (const Case &c : kCases) {
-            SCOPED_TRACE(std::string(f.method) + " <- \"" + c.outcome + "\" into " + std::to_string(c.capacity));
-            const bool noText = f.nullIsNoText && std::string(c.outcome) == "null";
-            sdk::script(f.method, {c.outcome});
-            Buffer b(c.capacity);
-            EXPECT_EQ(f.fetch(c.shape == Shape::NoBuffer ? nullptr : b.bytes, c.shape == Shape::NoLength ? nullptr : &b.len),
-                      noText ? c.noTextStatus : c.status);
+            SCOPED_TRACE(std::string(row.function) + " <- \"" + c.outcome + "\" into " + std::to_string(c.capacity));
+            const bool noText = row.nullIsNoText && std::string(c.outcome) == "null";
+            sdk::script(line.substr(0, line.find(' ')), {c.outcome});
+            Buffer b(c.capacity, c.noBytes, c.noLength);
+            EXPECT_EQ(row.call(b), noText ? c.noTextStatus : c.status);
             EXPECT_EQ(b.len, noText ? c.noTextLen : c.len);
             EXPECT_EQ(b.untouched(), c.text == nullptr || noText);
             if (c.text && !noText) {
@@ -182,7 +161,8 @@ TEST(BridgeTexts, BuiltInStatusTextsAndTheNotInitialisedText) {
     EXPECT_TRUE(unknown.untouched());
     EXPECT_EQ(velmora_getJavaSystemProperty("java.version", property.bytes, &property.len), -11);
     EXPECT_TRUE(property.untouched());
-    for (Fetch fetch : {kFunctions[1].fetch, kFunctions[3].fetch}) {  // getLastErrorMessage, getPluginConf
+    for (Fetch fetch : std::initializer_list<Fetch>{[](char *b, size_t *l) { return velmora_getLastErrorMessage(b, l); },
+                                                    [](char *b, size_t *l) { return velmora_getPluginConf("p", "k", b, l); }}) {
         Buffer tight(53), room(54);
         EXPECT_EQ(fetch(tight.bytes, &tight.len), -11);
         EXPECT_EQ(tight.len, 54u);

@@ -5,12 +5,8 @@
 #include <gtest/gtest.h>
 #include <jni.h>
 
-#include <algorithm>
-#include <iterator>
-#include <string>
-
 #include "support/sdk_control.hpp"
-#include "velmora.h"
+#include "tables/forwarders.hpp"
 
 // The calling thread's own JNI environment (null when it is not attached).
 inline JNIEnv *threadEnv() {
@@ -38,14 +34,4 @@ protected:
         sdk::reset();
     }
     int handle = 0;
-};
-
-// A caller buffer with its in/out length, preset with a marker so that
-// "untouched" can be asserted.
-struct Buffer {
-    explicit Buffer(std::size_t capacity) : len(capacity) { std::fill(std::begin(bytes), std::end(bytes), '#'); }
-    char bytes[256];
-    std::size_t len;
-    std::string text() const { return bytes; }
-    bool untouched() const { return bytes[0] == '#'; }
 };

@@ -1,17 +1,36 @@
 // Every forwarding function in one table: the C call, the Java overload(s) it
 // must reach with their arguments (journal lines of the SDK double, written
 // here by hand in Java's terms), the outcome scripted for each, the C result
-// and the text delivered into the buffer. Peach rows use the PeachBridge
-// handle 5. The unload rows come last: they drop the peach wrapper.
+// and the text delivered into the buffer. Peach rows use the peach handle 5.
+// The unload rows come last: they drop the peach wrapper. The SDK double is
+// generated from the Java side of this table (tests/sdk/generate.cpp), so a
+// row whose overload the library does not call fails as -12 in every pass.
 #pragma once
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "support/fixture.hpp"
+#include "velmora.h"
+
+// A caller buffer with its in/out length, preset with a marker so that
+// "untouched" can be asserted; out() and size() are what a call is given.
+struct Buffer {
+    explicit Buffer(std::size_t capacity, bool noBytes = false, bool noLength = false)
+        : len(capacity), noBytes(noBytes), noLength(noLength) {
+        std::fill(bytes, bytes + sizeof bytes, '#');
+    }
+    char bytes[256];
+    std::size_t len;
+    bool noBytes, noLength;
+    char *out() { return noBytes ? nullptr : bytes; }
+    std::size_t *size() { return noLength ? nullptr : &len; }
+    std::string text() const { return bytes; }
+    bool untouched() const { return bytes[0] == '#'; }
+};
 
 namespace table {
 
@@ -25,6 +44,7 @@ struct Row {
     std::vector<Reached> reached;
     int64_t result;
     const char *text = nullptr;  // delivered into the buffer; nullptr: untouched
+    bool nullIsNoText = false;   // a null Java string is no text, else ""
 };
 
 // Runs `call` with a va_list holding the arguments after `anchor`.
@@ -52,7 +72,7 @@ inline const char *kPool[] = {"p0", "p1", "p2", "p3", "p4"};
 #define Q9 "\"t1\", \"t2\", \"t3\", \"t4\", \"t5\", \"t6\", \"t7\", \"t8\", \"t9\""
 #define CALL(expression) [](Buffer & b) -> int64_t { return (void)b, (expression); }
 #define VA(expression) withVaList([](va_list ap) { return expression; }, 0, POOL)
-#define OUT b.bytes, &b.len
+#define OUT b.out(), b.size()
 #define P2 "[\"p0\", \"p1\"]"
 #define P3 "[\"p2\", \"p3\", \"p4\"]"
 
@@ -73,6 +93,20 @@ inline std::vector<Row> forwarders() {
         {"setLogLevel(\"\")", CALL(velmora_setLogLevel("")), {{"setLogLevel(" S ")I \"\"", "3"}}, 3},
         // Standard UTF-8 outside the BMP arrives whole, as a surrogate pair.
         {"setLogLevel(U+1F600)", CALL(velmora_setLogLevel("a\xF0\x9F\x98\x80z")), {{"setLogLevel(" S ")I \"a\xED\xA0\xBD\xED\xB8\x80z\"", "3"}}, 3},
+        // Text reaches Java as its characters; each maximal ill-formed subsequence as one U+FFFD.
+#define TEXT(what, c, java) {"setLogLevel(" what ")", CALL(velmora_setLogLevel(c)), {{"setLogLevel(" S ")I \"" java "\"", "3"}}, 3}
+#define FFFD "\xEF\xBF\xBD"
+        TEXT("ASCII", "plain text, long enough for whole words", "plain text, long enough for whole words"),
+        TEXT("2 and 3 bytes", "\xC3\xA9\xE2\x82\xAC", "\xC3\xA9\xE2\x82\xAC"),
+        TEXT("largest code point", "\xF4\x8F\xBF\xBF", "\xED\xAF\xBF\xED\xBF\xBF"),
+        TEXT("modified UTF-8 pair", "\xED\xA0\xBD\xED\xB8\x80", "\xED\xA0\xBD\xED\xB8\x80"),
+        TEXT("modified UTF-8 NUL", "a\xC0\x80z", "a\xC0\x80z"),
+        TEXT("overlong 4 bytes", "\xF0\x80\x80\x80!", FFFD FFFD FFFD FFFD "!"),
+        TEXT("beyond U+10FFFF", "\xF4\x90\x80\x80", FFFD FFFD FFFD FFFD),
+        TEXT("truncated 4 bytes", "\xF0\x9F\x98z", FFFD "z"),
+        TEXT("truncated at the end", "x\xE2\x82", "x" FFFD),
+        TEXT("lone continuation, invalid bytes", "\x80\xC1\xBF\xFF", FFFD FFFD FFFD FFFD),
+        TEXT("overlong 2 bytes", "\xC0\xAF", FFFD FFFD),
         {"actionWait", CALL(velmora_actionWait(int64_t{1} << 40)), {{"actionWait(J)Z 1099511627776", "true"}}, 1},
         {"actionWait(-1)", CALL(velmora_actionWait(-1)), {{"actionWait(J)Z -1", "false"}}, 0},
         {"stopWaitingBG", CALL(velmora_stopWaitingBG(4)), {{"stopWaitingBG(I)I 4", "5"}}, 5},
@@ -98,7 +132,7 @@ inline std::vector<Row> forwarders() {
         {"useBundleWithPrefix", CALL(velmora_useBundleWithPrefix(4, "b", "p")), {{"useBundle(I" S S ")I 4, \"b\", \"p\"", "47"}}, 47},
         {"getBundleId", CALL(velmora_getBundleId(4)), {{"getBundleId(I)I 4", "48"}}, 48},
         {"setBundleId", CALL(velmora_setBundleId(4, 9)), {{"setBundleId(II)I 4, 9", "49"}}, 49},
-        {"getLastCreatedBundleName", CALL(velmora_getLastCreatedBundleName(4, OUT)), {{"getLastCreatedBundleName(I)" S " 4", "last.bundle"}}, 0, "last.bundle"},
+        {"getLastCreatedBundleName", CALL(velmora_getLastCreatedBundleName(4, OUT)), {{"getLastCreatedBundleName(I)" S " 4", "last.bundle"}}, 0, "last.bundle", true},
         {"signJar", CALL(velmora_signJar("j", "k")), {{"signJar(" S S ")I \"j\", \"k\"", "50"}}, 50},
 
         {"createProject", CALL(velmora_createProject(7, 8, "t", 2, "p0", "p1")), {{project, "51"}}, 51},
@@ -142,68 +176,50 @@ inline std::vector<Row> forwarders() {
         {"getUsedTime", CALL(velmora_getUsedTime(7)), {{"getUsedTime(I)J 7", "9223372036854775807"}}, INT64_MAX},
         {"getProjectStatistic", CALL(velmora_getProjectStatistic(7, "n", OUT)), {{"getProjectStatistic(I" S ")" S " 7, \"n\"", "stat"}}, 0, "stat"},
         {"printStatistics", CALL(velmora_printStatistics(7)), {{"printStatistics(I)V 7", ""}}, 0},
-        {"getStatisticsString", CALL(velmora_getStatisticsString(7, OUT)), {{"getStatisticsString(I)" S " 7", "stats"}}, 0, "stats"},
+        {"getStatisticsString", CALL(velmora_getStatisticsString(7, OUT)), {{"getStatisticsString(I)" S " 7", "stats"}}, 0, "stats", true},
         {"peach", CALL(velmora_peach(2, "p0", "p1")), {{"peach(" SA ")I " P2, "90"}}, 90},
         {"peach2", CALL(VA(velmora_peach2(2, ap))), {{"peach(" SA ")I " P2, "90"}}, 90},
         {"peach3", CALL(velmora_peach3(2, kPool)), {{"peach(" SA ")I " P2, "90"}}, 90},
-        {"peachNextFile", CALL(velmora_peachNextFile(7, OUT)), {{"peachNextFile(I)" S " 7", "next"}}, 0, "next"},
+        {"peachNextFile", CALL(velmora_peachNextFile(7, OUT)), {{"peachNextFile(I)" S " 7", "next"}}, 0, "next", true},
         {"peachDone", CALL(velmora_peachDone(7)), {{"peachDone(I)V 7", ""}}, 0},
 
+// Peach setters named as their Java method, taking one text, two texts, a flag or an int.
+#define P_TEXT(name, a) {"peach_" #name, CALL(velmora_peach_##name(5, a)), {{#name "(I" S ")V 5, \"" a "\"", ""}}, 0}
+#define P_TEXTS(name, a, b) \
+    {"peach_" #name, CALL(velmora_peach_##name(5, a, b)), {{#name "(I" S S ")V 5, \"" a "\", \"" b "\"", ""}}, 0}
+#define P_FLAG(name, flag) {"peach_" #name, CALL(velmora_peach_##name(5, flag)), {{#name "(IZ)V 5, " #flag, ""}}, 0}
+#define P_INT(name, n) {"peach_" #name, CALL(velmora_peach_##name(5, n)), {{#name "(II)V 5, " #n, ""}}, 0}
 #define PEACH(name, args, line) {"peach_" #name, CALL(velmora_peach_##name args), {{line, ""}}, 0}
-        PEACH(setName, (5, "nightly"), "setName(I" S ")V 5, \"nightly\""),
-        PEACH(setStateDir, (5, "/var"), "setStateDir(I" S ")V 5, \"/var\""),
-        PEACH(setDescription, (5, "Grüße"), "setDescription(I" S ")V 5, \"Grüße\""),
-        PEACH(setMessages, (5, 1), "setMessages(IZ)V 5, true"),
+        P_TEXT(setName, "nightly"), P_TEXT(setStateDir, "/var"), P_TEXT(setDescription, "Grüße"),
+        P_TEXT(setPriority, "3"), P_TEXT(setResultFile, "out.zip"), P_TEXT(addSourceFile, "main.c"),
+        P_TEXT(setExeBundleName, "exe"), P_TEXT(setExecutable, "run.sh"), P_TEXT(addExeImport, "lib.so"),
+        P_TEXT(addOutputFile, "o.txt"), P_TEXT(addDataFile, "d.csv"), P_TEXT(addParamFile, "p.txt"),
+        P_TEXT(addParamExternalResource, "url"),
+        P_TEXTS(putSourceExtras, "k", "v"), P_TEXTS(putExeExtras, "x", "y"), P_TEXTS(addDataFileWithDir, "d.csv", "in"),
+        P_TEXTS(putDataExtras, "p", "q"), P_TEXTS(putJobExtras, "m", "n"), P_TEXTS(addParamFileWithDir, "p.txt", "cfg"),
+        P_TEXTS(putParamExtras, "r", "s"), P_TEXTS(putProjectParam, "key", "value"),
+        P_FLAG(setMessages, true), P_FLAG(setAllowPartial, false), P_FLAG(setRemove, true), P_FLAG(setCleanup, false),
+        P_FLAG(setClose, true), P_FLAG(setStream, false), P_FLAG(setExeSkipDigest, true), P_FLAG(setDataCopy, true),
+        P_FLAG(setDataSkipDigest, false), P_FLAG(setJobSkipDigest, true), P_FLAG(setParamSkipDigest, false),
+        P_FLAG(setParamCopy, true), P_INT(setProjectId, -4), P_INT(setJobs, 12), P_INT(postProcessed, 4),
         PEACH(setPriorityI, (5, 3), "setPriority(II)V 5, 3"),
-        PEACH(setPriority, (5, "3"), "setPriority(I" S ")V 5, \"3\""),
-        PEACH(setProjectId, (5, -4), "setProjectId(II)V 5, -4"),
-        PEACH(setResultFile, (5, "out.zip"), "setResultFile(I" S ")V 5, \"out.zip\""),
-        PEACH(setJobs, (5, 12), "setJobs(II)V 5, 12"),
-        PEACH(setAllowPartial, (5, 0), "setAllowPartial(IZ)V 5, false"),
-        PEACH(setRemove, (5, 1), "setRemove(IZ)V 5, true"),
-        PEACH(setCleanup, (5, 0), "setCleanup(IZ)V 5, false"),
-        PEACH(setClose, (5, 1), "setClose(IZ)V 5, true"),
-        PEACH(setStream, (5, 0), "setStream(IZ)V 5, false"),
         {"peach_getProjectHandle", CALL(velmora_peach_getProjectHandle(5)), {{"getProjectHandle(I)I 5", "-42"}}, -42},
         {"peach_getProjectId", CALL(velmora_peach_getProjectId(5)), {{"getProjectId(I)I 5", "91"}}, 91},
-        PEACH(addSourceFile, (5, "main.c"), "addSourceFile(I" S ")V 5, \"main.c\""),
-        PEACH(putSourceExtras, (5, "k", "v"), "putSourceExtras(I" S S ")V 5, \"k\", \"v\""),
         {"peach_sourcesChanged", CALL(velmora_peach_sourcesChanged(5)), {{"sourcesChanged(I)Z 5", "true"}}, 1},
-        PEACH(setExeBundleName, (5, "exe"), "setExeBundleName(I" S ")V 5, \"exe\""),
-        PEACH(setExecutable, (5, "run.sh"), "setExecutable(I" S ")V 5, \"run.sh\""),
-        PEACH(setExeSkipDigest, (5, 1), "setExeSkipDigest(IZ)V 5, true"),
         PEACH(addExeFile, (5, "a", "b", "c", "d"), "addExeFile(I" S S S S ")V 5, \"a\", \"b\", \"c\", \"d\""),
-        PEACH(putExeExtras, (5, "x", "y"), "putExeExtras(I" S S ")V 5, \"x\", \"y\""),
-        PEACH(addExeImport, (5, "lib.so"), "addExeImport(I" S ")V 5, \"lib.so\""),
-        PEACH(addOutputFile, (5, "o.txt"), "addOutputFile(I" S ")V 5, \"o.txt\""),
         PEACH(newDataBundle, (5), "newDataBundle(I)V 5"),
         PEACH(newDataBundleWithName, (5, "set1"), "newDataBundle(I" S ")V 5, \"set1\""),
-        PEACH(setDataSkipDigest, (5, 0), "setDataSkipDigest(IZ)V 5, false"),
-        PEACH(addDataFile, (5, "d.csv"), "addDataFile(I" S ")V 5, \"d.csv\""),
-        PEACH(addDataFileWithDir, (5, "d.csv", "in"), "addDataFileWithDir(I" S S ")V 5, \"d.csv\", \"in\""),
-        PEACH(putDataExtras, (5, "p", "q"), "putDataExtras(I" S S ")V 5, \"p\", \"q\""),
-        PEACH(setDataCopy, (5, 1), "setDataCopy(IZ)V 5, true"),
-        PEACH(setJobSkipDigest, (5, 1), "setJobSkipDigest(IZ)V 5, true"),
         PEACH(setJobFileNames, (5, 2, "p0", "p1"), "setJobFileNames(I" SA ")V 5, " P2),
         PEACH(setJobFileNames3, (5, 2, kPool), "setJobFileNames(I" SA ")V 5, " P2),
         PEACH(addJobFile, (5, 2, "p0", "p1"), "addJobFile(I" SA ")V 5, " P2),
         PEACH(addJobFile3, (5, 2, kPool), "addJobFile(I" SA ")V 5, " P2),
         PEACH(addJobFileWithDir, (5, "dir", 2, "p0", "p1"), "addJobFileWithDir(I" S SA ")V 5, \"dir\", " P2),
         PEACH(addJobFileWithDir3, (5, "dir", 2, kPool), "addJobFileWithDir(I" S SA ")V 5, \"dir\", " P2),
-        PEACH(putJobExtras, (5, "m", "n"), "putJobExtras(I" S S ")V 5, \"m\", \"n\""),
-        PEACH(setParamSkipDigest, (5, 0), "setParamSkipDigest(IZ)V 5, false"),
-        PEACH(addParamFile, (5, "p.txt"), "addParamFile(I" S ")V 5, \"p.txt\""),
-        PEACH(addParamFileWithDir, (5, "p.txt", "cfg"), "addParamFileWithDir(I" S S ")V 5, \"p.txt\", \"cfg\""),
         PEACH(addParamFileWithTarget, (5, "p.txt", "cfg"), "addParamFile(I" S S ")V 5, \"p.txt\", \"cfg\""),
-        PEACH(putParamExtras, (5, "r", "s"), "putParamExtras(I" S S ")V 5, \"r\", \"s\""),
-        PEACH(addParamExternalResource, (5, "url"), "addParamExternalResource(I" S ")V 5, \"url\""),
-        PEACH(setParamCopy, (5, 1), "setParamCopy(IZ)V 5, true"),
-        PEACH(putProjectParam, (5, "key", "value"), "putProjectParam(I" S S ")V 5, \"key\", \"value\""),
         {"peach_execute", CALL(velmora_peach_execute(5)), {{"execute(I)I 5", "-3"}}, -3},
-        {"peach_nextFile", CALL(velmora_peach_nextFile(5, OUT)), {{"nextFile(I)" S " 5", "f.out"}}, 0, "f.out"},
-        PEACH(postProcessed, (5, 4), "postProcessed(II)V 5, 4"),
+        {"peach_nextFile", CALL(velmora_peach_nextFile(5, OUT)), {{"nextFile(I)" S " 5", "f.out"}}, 0, "f.out", true},
         PEACH(done, (5), "done(I)V 5"),
-        {"peach_getLastErrorMessage", CALL(velmora_peach_getLastErrorMessage(5, OUT)), {{"getLastErrorMessage(I)" S " 5", "boom"}}, 0, "boom"},
+        {"peach_getLastErrorMessage", CALL(velmora_peach_getLastErrorMessage(5, OUT)), {{"getLastErrorMessage(I)" S " 5", "boom"}}, 0, "boom", true},
         {"peach_setIntermediateResultHandler", CALL(velmora_peach_setIntermediateResultHandler(5, nullptr)), {{handler, ""}}, 0},
 
         {"unload(0)", CALL(velmora_unload(0)), {{"unload(Z)I false", "95"}}, 95},
@@ -212,6 +228,12 @@ inline std::vector<Row> forwarders() {
         {"unload3", CALL(velmora_unload3(0, 255)), {{"unload3(ZZ)I false, true", "94"}}, 94},
     };
 #undef PEACH
+#undef P_TEXT
+#undef P_TEXTS
+#undef P_FLAG
+#undef P_INT
+#undef TEXT
+#undef FFFD
 #undef INT_ROW
 #undef LIST_STEM
 }

@@ -1,0 +1,125 @@
+// Writes the Java sources of the SDK double: every overload the forwarding
+// table expects to reach, the few methods start-up, plug-ins and the peach
+// wrapper need besides, and the variants that break the SDK one way each.
+// Each method journals its call and returns the scripted outcome through
+// velmora.testing.Sdk (java/). Usage: generate OUTDIR HANDWRITTEN.java...
+// makes OUTDIR/SET/... for the double ("double") and every variant, with
+// OUTDIR/SET/sources.txt listing every source of the set, hand-written ones
+// included. A variant is the double without the classes it names, with the
+// classes it describes replacing or adding to them.
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <map>
+
+#include "tables/forwarders.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Members = std::map<std::string, std::map<std::string, std::string>>;  // class -> key -> natural
+
+const std::string MI = "velmora.user.ManagementImpl", PW = "velmora.user.PeachWrapper",
+                  NFC = "velmora.user.NativeFunctionCaller";
+
+// Besides the table: the natural value of an object result, or a
+// constructor's statement after it counted itself.
+const std::pair<const std::string, std::string> kWrapper = {"getPeachWrapper()Lvelmora/user/PeachWrapper;",
+                                                            "new PeachWrapper()"};
+const Members kDouble = {
+    {MI,
+     {{"<init>()V", ""}, {"initFile()I", ""}, {"initFile(" S ")I", ""}, {"initFile(" S S ")I", ""},
+      {"init(" S S S S "I" S S "II" S S ")I", ""},
+      {"getPlugin(" S ")Lvelmora/user/VelmoraManagerPlugin;", "new VelmoraManagerPlugin()"},
+      {"getPluginClass(" S ")Ljava/lang/Class;", "VelmoraManagerPlugin.class"},
+      kWrapper}},
+    {PW, {{"get()I", ""}}},
+};
+const std::tuple<std::string, std::vector<std::string>, Members> kVariants[] = {
+    {"missing-class", {MI, PW}, {{"velmora.ManagementImpl", {{"<init>()V", ""}, {"initFile()I", ""}}}}},
+    {"no-constructor", {PW}, {{MI, {{"<init>(I)V", ""}}}}},
+    {"no-initializer", {PW}, {{MI, {{"<init>()V", ""}}}}},
+    {"constructor-throws", {PW}, {{MI, {{"<init>()V", "throw new IllegalStateException(\"refused\");"}, {"initFile()I", ""}}}}},
+    // start-up and a peach handle work; every other method is missing
+    {"bare", {}, {{MI, {{"<init>()V", ""}, {"initFile()I", ""}, kWrapper}}, {PW, {{"get()I", ""}}}}},
+    {"peach-missing", {PW, NFC}, {}},  // getPeachWrapper declared, its class absent
+    {"handler-missing", {NFC}, {}},    // the peach wrapper fine, the handler class absent
+};
+
+// The Java type at `d`, which moves past it.
+std::string javaType(const char *&d) {
+    const char kind = *d++;
+    if (kind == '[') return javaType(d) + "[]";
+    if (kind != 'L') return kind == 'I' ? "int" : kind == 'J' ? "long" : kind == 'Z' ? "boolean" : "void";
+    const char *end = std::strchr(d, ';');
+    const std::string name(d, end);
+    d = end + 1;
+    return name.substr(name.rfind('/') + 1);
+}
+
+// One method: it journals its key and arguments and returns the outcome.
+std::string method(const std::string &cls, const std::string &key, const std::string &natural) {
+    const std::string name = key.substr(0, key.find('('));
+    std::string params, args;
+    const char *d = key.c_str() + name.size() + 1;
+    for (int k = 0; *d != ')'; ++k) {
+        params += (k ? ", " : "") + javaType(d) + " a" + std::to_string(k);
+        args += ", (Object) a" + std::to_string(k);
+    }
+    const std::string type = javaType(++d);
+    if (name == "<init>") return "public " + cls + "(" + params + ") { Sdk.constructed(); " + natural + " }\n";
+    const std::map<std::string, std::string> recorders = {
+        {"int", "i("}, {"long", "j("}, {"boolean", "z("}, {"String", "s("}, {"void", "v("}};
+    const std::string recorder = recorders.count(type) ? recorders.at(type) : "o(" + natural + ", ";
+    return "public " + type + " " + name + "(" + params + ") { " + (type == "void" ? "" : "return ") + "Sdk." + recorder +
+           "\"" + key + "\"" + args + "); }\n";
+}
+
+// Writes the classes of `members` into OUTDIR/SET and adds them to `sources`.
+void write(const fs::path &dir, const Members &members, std::map<std::string, fs::path> &sources) {
+    for (const auto &[cls, methods] : members) {
+        const std::size_t dot = cls.rfind('.');
+        std::string path = cls;
+        std::replace(path.begin(), path.end(), '.', '/');
+        const fs::path file = dir / (path + ".java");
+        fs::create_directories(file.parent_path());
+        std::ofstream java(file);
+        java << "package " << cls.substr(0, dot) << ";\nimport velmora.testing.Sdk;\npublic class " << cls.substr(dot + 1)
+             << " {\n";
+        for (const auto &[key, natural] : methods) java << method(cls.substr(dot + 1), key, natural);
+        java << "}\n";
+        sources[cls] = fs::absolute(file);
+    }
+}
+
+void list(const fs::path &dir, const std::map<std::string, fs::path> &sources) {
+    std::ofstream out(dir / "sources.txt");
+    for (const auto &[cls, file] : sources) out << file.string() << "\n";
+}
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    const fs::path out = argv[1];
+    Members members = kDouble;
+    for (const table::Row &row : table::forwarders())
+        for (const table::Reached &r : row.reached)
+            members[std::string(row.function).rfind("peach_", 0) == 0 ? PW : MI][r.line.substr(0, r.line.find(' '))];
+    std::map<std::string, fs::path> sources;
+    for (int k = 2; k < argc; ++k) {  // .../java/velmora/user/X.java is velmora.user.X
+        std::string name = argv[k];
+        name = name.substr(name.rfind("/java/") + 6);
+        name = name.substr(0, name.size() - 5);
+        std::replace(name.begin(), name.end(), '/', '.');
+        sources[name] = fs::absolute(argv[k]);
+    }
+    write(out / "double", members, sources);
+    list(out / "double", sources);
+    for (const auto &[name, without, own] : kVariants) {
+        std::map<std::string, fs::path> variant = sources;
+        for (const std::string &cls : without) variant.erase(cls);
+        write(out / name, own, variant);
+        fs::create_directories(out / name);
+        list(out / name, variant);
+    }
+}
