@@ -86,8 +86,8 @@ inline std::vector<Row> forwarders() {
     return {
         {"open", CALL(velmora_open()), {{"open()I", "2147483647"}}, 2147483647},
         {"ready", CALL(velmora_ready(-3)), {{"ready(I)I -3", "-7"}}, -7},
-        {"close", CALL(velmora_close(4)), {{"close(I)I 4", "1"}}, 1},
-        {"getLastError", CALL(velmora_getLastError(4)), {{"getLastError(I)I 4", "2"}}, 2},
+
+
         {"setLogLevel", CALL(velmora_setLogLevel("debug")), {{"setLogLevel(" S ")I \"debug\"", "3"}}, 3},
         {"setLogLevel(null)", CALL(velmora_setLogLevel(nullptr)), {{"setLogLevel(" S ")I null", "3"}}, 3},
         {"setLogLevel(\"\")", CALL(velmora_setLogLevel("")), {{"setLogLevel(" S ")I \"\"", "3"}}, 3},
@@ -109,47 +109,52 @@ inline std::vector<Row> forwarders() {
         TEXT("overlong 2 bytes", "\xC0\xAF", FFFD FFFD),
         {"actionWait", CALL(velmora_actionWait(int64_t{1} << 40)), {{"actionWait(J)Z 1099511627776", "true"}}, 1},
         {"actionWait(-1)", CALL(velmora_actionWait(-1)), {{"actionWait(J)Z -1", "false"}}, 0},
-        {"stopWaitingBG", CALL(velmora_stopWaitingBG(4)), {{"stopWaitingBG(I)I 4", "5"}}, 5},
+
         {"getLastErrorMessage", CALL(velmora_getLastErrorMessage(OUT)), {{"getLastErrorMessage()" S, "bad"}}, 0, "bad"},
         {"getUserLogin", CALL(velmora_getUserLogin(OUT)), {{"getUserLogin()" S, "me"}}, 0, "me"},
         {"getTempDir", CALL(velmora_getTempDir(OUT)), {{"getTempDir()" S, "/t"}}, 0, "/t"},
         {"getPluginConf", CALL(velmora_getPluginConf("p", "k", OUT)), {{"getPluginConf(" S S ")" S " \"p\", \"k\"", "v"}}, 0, "v"},
         {"describeStatusCode", CALL(velmora_describeStatusCode(-5, OUT)), {{"describeStatusCode(I)" S " -5", "remote failure"}}, 0, "remote failure"},
 
-        {"createBundle", CALL(velmora_createBundle(3, T9, 2, 3, POOL)), {{bundle, "41"}}, 41},
-        {"createBundle2", CALL(VA(velmora_createBundle2(3, T9, 2, 3, ap))), {{bundle, "41"}}, 41},
-        {"createBundle3", CALL(velmora_createBundle3(3, T9, 2, 3, kPool)), {{bundle, "41"}}, 41},
-        {"createSignedBundle", CALL(velmora_createSignedBundle(3, T9, "t10", "t11", 2, 3, POOL)), {{sealed, "42"}}, 42},
-        {"createSignedBundle2", CALL(VA(velmora_createSignedBundle2(3, T9, "t10", "t11", 2, 3, ap))), {{sealed, "42"}}, 42},
-        {"createSignedBundle3", CALL(velmora_createSignedBundle3(3, T9, "t10", "t11", 2, 3, kPool)), {{sealed, "42"}}, 42},
-        {"uploadBundle", CALL(velmora_uploadBundle(4)), {{"uploadBundle(I)I 4", "43"}}, 43},
+
+
+
+
+
+
+
         {"uploadBundleWithName", CALL(velmora_uploadBundleWithName(4, "b")), {{"uploadBundle(I" S ")I 4, \"b\"", "44"}}, 44},
-        {"approveUploadedBundles", CALL(velmora_approveUploadedBundles(4)), {{"approveUploadedBundles(I)I 4", "45"}}, 45},
+
         {"bundleExists", CALL(velmora_bundleExists("b")), {{"bundleExists(" S ")Z \"b\"", "true"}}, 1},
         {"bundleVersionExists", CALL(velmora_bundleVersionExists("b", "v")), {{"bundleVersionExists(" S S ")Z \"b\", \"v\"", "true"}}, 1},
         {"bundleWithPrefixExists", CALL(velmora_bundleWithPrefixExists("b", "p")), {{"bundleExists(" S S ")Z \"b\", \"p\"", "true"}}, 1},
         {"useBundle", CALL(velmora_useBundle(4, "b")), {{"useBundle(I" S ")I 4, \"b\"", "46"}}, 46},
         {"useBundleWithPrefix", CALL(velmora_useBundleWithPrefix(4, "b", "p")), {{"useBundle(I" S S ")I 4, \"b\", \"p\"", "47"}}, 47},
-        {"getBundleId", CALL(velmora_getBundleId(4)), {{"getBundleId(I)I 4", "48"}}, 48},
+
         {"setBundleId", CALL(velmora_setBundleId(4, 9)), {{"setBundleId(II)I 4, 9", "49"}}, 49},
         {"getLastCreatedBundleName", CALL(velmora_getLastCreatedBundleName(4, OUT)), {{"getLastCreatedBundleName(I)" S " 4", "last.bundle"}}, 0, "last.bundle", true},
         {"signJar", CALL(velmora_signJar("j", "k")), {{"signJar(" S S ")I \"j\", \"k\"", "50"}}, 50},
 
-        {"createProject", CALL(velmora_createProject(7, 8, "t", 2, "p0", "p1")), {{project, "51"}}, 51},
-        {"createProject2", CALL(VA(velmora_createProject2(7, 8, "t", 2, ap))), {{project, "51"}}, 51},
-        {"createProject3", CALL(velmora_createProject3(7, 8, "t", 2, kPool)), {{project, "51"}}, 51},
+
+
+
         {"createEmptyProject", CALL(velmora_createEmptyProject(7, 8, "t")), {{"createProject(II" S ")I 7, 8, \"t\"", "52"}}, 52},
-#define LIST_STEM(stem, value)                                                                                  \
-    {#stem, CALL(velmora_##stem(7, 2, "p0", "p1")), {{#stem "(I" SA ")I 7, " P2, #value}}, value},              \
-        {#stem "2", CALL(VA(velmora_##stem##2(7, 2, ap))), {{#stem "(I" SA ")I 7, " P2, #value}}, value},     \
-        {#stem "3", CALL(velmora_##stem##3(7, 2, kPool)), {{#stem "(I" SA ")I 7, " P2, #value}}, value}
+// The three forms of a string-list function: variadic, va_list, array.
+#define FORMS(stem, line, value, ...)                                                          \
+    {#stem, CALL(velmora_##stem(__VA_ARGS__, POOL)), {{line, #value}}, value},                 \
+        {#stem "2", CALL(VA(velmora_##stem##2(__VA_ARGS__, ap))), {{line, #value}}, value},  \
+        {#stem "3", CALL(velmora_##stem##3(__VA_ARGS__, kPool)), {{line, #value}}, value}
+#define LIST_STEM(stem, value) FORMS(stem, #stem "(I" SA ")I 7, " P2, value, 7, 2)
         LIST_STEM(setProjectParams, 53), LIST_STEM(createProjectJobs, 54), LIST_STEM(createJob, 55),
-        LIST_STEM(createCachedJob, 56),
+        LIST_STEM(createCachedJob, 56), FORMS(createBundle, bundle, 41, 3, T9, 2, 3),
+        FORMS(createSignedBundle, sealed, 42, 3, T9, "t10", "t11", 2, 3), FORMS(createProject, project, 51, 7, 8, "t", 2),
+        FORMS(peach, "peach(" SA ")I " P2, 90, 2),
 #define INT_ROW(name, value) {#name, CALL(velmora_##name(7)), {{#name "(I)I 7", #value}}, value}
         INT_ROW(flushCachedJobs, 60), INT_ROW(markAllJobsCreated, 61), INT_ROW(addUserClientsToProject, 62),
         INT_ROW(startProject, 63), INT_ROW(stopProject, 64), INT_ROW(removeProject, 65), INT_ROW(waitCompletion, 66),
         INT_ROW(waitCompletionBG, 67), INT_ROW(getProjectId, 68), INT_ROW(getProjectStatus, 69),
-        INT_ROW(getProjectParamCount, 70),
+        INT_ROW(getProjectParamCount, 70), INT_ROW(close, 1), INT_ROW(getLastError, 2), INT_ROW(stopWaitingBG, 5),
+        INT_ROW(uploadBundle, 43), INT_ROW(approveUploadedBundles, 45), INT_ROW(getBundleId, 48),
         {"cleanup", CALL(velmora_cleanup(7, 8)), {{"cleanup(II)I 7, 8", "71"}}, 71},
         {"setProjectId", CALL(velmora_setProjectId(7, 8)), {{"setProjectId(II)I 7, 8", "72"}}, 72},
         {"sendJobPostParameter", CALL(velmora_sendJobPostParameter(7, INT64_MIN, "t")), {{"sendJobPostParameter(IJ" S ")I 7, -9223372036854775808, \"t\"", "73"}}, 73},
@@ -177,9 +182,9 @@ inline std::vector<Row> forwarders() {
         {"getProjectStatistic", CALL(velmora_getProjectStatistic(7, "n", OUT)), {{"getProjectStatistic(I" S ")" S " 7, \"n\"", "stat"}}, 0, "stat"},
         {"printStatistics", CALL(velmora_printStatistics(7)), {{"printStatistics(I)V 7", ""}}, 0},
         {"getStatisticsString", CALL(velmora_getStatisticsString(7, OUT)), {{"getStatisticsString(I)" S " 7", "stats"}}, 0, "stats", true},
-        {"peach", CALL(velmora_peach(2, "p0", "p1")), {{"peach(" SA ")I " P2, "90"}}, 90},
-        {"peach2", CALL(VA(velmora_peach2(2, ap))), {{"peach(" SA ")I " P2, "90"}}, 90},
-        {"peach3", CALL(velmora_peach3(2, kPool)), {{"peach(" SA ")I " P2, "90"}}, 90},
+
+
+
         {"peachNextFile", CALL(velmora_peachNextFile(7, OUT)), {{"peachNextFile(I)" S " 7", "next"}}, 0, "next", true},
         {"peachDone", CALL(velmora_peachDone(7)), {{"peachDone(I)V 7", ""}}, 0},
 
@@ -190,6 +195,9 @@ inline std::vector<Row> forwarders() {
 #define P_FLAG(name, flag) {"peach_" #name, CALL(velmora_peach_##name(5, flag)), {{#name "(IZ)V 5, " #flag, ""}}, 0}
 #define P_INT(name, n) {"peach_" #name, CALL(velmora_peach_##name(5, n)), {{#name "(II)V 5, " #n, ""}}, 0}
 #define PEACH(name, args, line) {"peach_" #name, CALL(velmora_peach_##name args), {{line, ""}}, 0}
+#define P_FORMS(stem, line, ...)                                                                  \
+    {"peach_" #stem, CALL(velmora_peach_##stem(__VA_ARGS__, 2, POOL)), {{#stem line, ""}}, 0},    \
+        {"peach_" #stem "3", CALL(velmora_peach_##stem##3(__VA_ARGS__, 2, kPool)), {{#stem line, ""}}, 0}
         P_TEXT(setName, "nightly"), P_TEXT(setStateDir, "/var"), P_TEXT(setDescription, "Grüße"),
         P_TEXT(setPriority, "3"), P_TEXT(setResultFile, "out.zip"), P_TEXT(addSourceFile, "main.c"),
         P_TEXT(setExeBundleName, "exe"), P_TEXT(setExecutable, "run.sh"), P_TEXT(addExeImport, "lib.so"),
@@ -202,19 +210,20 @@ inline std::vector<Row> forwarders() {
         P_FLAG(setClose, true), P_FLAG(setStream, false), P_FLAG(setExeSkipDigest, true), P_FLAG(setDataCopy, true),
         P_FLAG(setDataSkipDigest, false), P_FLAG(setJobSkipDigest, true), P_FLAG(setParamSkipDigest, false),
         P_FLAG(setParamCopy, true), P_INT(setProjectId, -4), P_INT(setJobs, 12), P_INT(postProcessed, 4),
-        PEACH(setPriorityI, (5, 3), "setPriority(II)V 5, 3"),
+        PEACH(setPriorityI, (5, 3), "setPriority(II)V 5, 3"), P_FORMS(setJobFileNames, "(I" SA ")V 5, " P2, 5),
+        P_FORMS(addJobFile, "(I" SA ")V 5, " P2, 5), P_FORMS(addJobFileWithDir, "(I" S SA ")V 5, \"dir\", " P2, 5, "dir"),
         {"peach_getProjectHandle", CALL(velmora_peach_getProjectHandle(5)), {{"getProjectHandle(I)I 5", "-42"}}, -42},
         {"peach_getProjectId", CALL(velmora_peach_getProjectId(5)), {{"getProjectId(I)I 5", "91"}}, 91},
         {"peach_sourcesChanged", CALL(velmora_peach_sourcesChanged(5)), {{"sourcesChanged(I)Z 5", "true"}}, 1},
         PEACH(addExeFile, (5, "a", "b", "c", "d"), "addExeFile(I" S S S S ")V 5, \"a\", \"b\", \"c\", \"d\""),
         PEACH(newDataBundle, (5), "newDataBundle(I)V 5"),
         PEACH(newDataBundleWithName, (5, "set1"), "newDataBundle(I" S ")V 5, \"set1\""),
-        PEACH(setJobFileNames, (5, 2, "p0", "p1"), "setJobFileNames(I" SA ")V 5, " P2),
-        PEACH(setJobFileNames3, (5, 2, kPool), "setJobFileNames(I" SA ")V 5, " P2),
-        PEACH(addJobFile, (5, 2, "p0", "p1"), "addJobFile(I" SA ")V 5, " P2),
-        PEACH(addJobFile3, (5, 2, kPool), "addJobFile(I" SA ")V 5, " P2),
-        PEACH(addJobFileWithDir, (5, "dir", 2, "p0", "p1"), "addJobFileWithDir(I" S SA ")V 5, \"dir\", " P2),
-        PEACH(addJobFileWithDir3, (5, "dir", 2, kPool), "addJobFileWithDir(I" S SA ")V 5, \"dir\", " P2),
+
+
+
+
+
+
         PEACH(addParamFileWithTarget, (5, "p.txt", "cfg"), "addParamFile(I" S S ")V 5, \"p.txt\", \"cfg\""),
         {"peach_execute", CALL(velmora_peach_execute(5)), {{"execute(I)I 5", "-3"}}, -3},
         {"peach_nextFile", CALL(velmora_peach_nextFile(5, OUT)), {{"nextFile(I)" S " 5", "f.out"}}, 0, "f.out", true},
@@ -236,6 +245,8 @@ inline std::vector<Row> forwarders() {
 #undef FFFD
 #undef INT_ROW
 #undef LIST_STEM
+#undef FORMS
+#undef P_FORMS
 }
 
 }  // namespace table
