@@ -1,167 +1,204 @@
-// Start-up and initialisation, one scenario per process: failure codes,
-// configuration, the options of a created JVM, joining a running JVM and the
-// runtime search for current JDK layouts.
+// Start-up scenarios, one per process. Each test gives a copy of libvelmora a
+// directory of its own (the scenario's SDK jar as velmora.jar, optionally a
+// VelmoraDLL.conf), loads it by a path relative to the working directory and
+// then changes directory: the library must still know where it lies.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
 #include <jni.h>
-#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
-#include <string>
+#include <filesystem>
+#include <fstream>
+#include <future>
 
-#include "scenario.hpp"
+#include "velmora.h"
 
-namespace {
+namespace fs = std::filesystem;
 
-const std::string kJdkRuntime = VELMORA_TEST_JDK_HOME "/lib/server/libjvm.so";
+#define JDK VELMORA_TEST_JDK_HOME
+constexpr int kUnready = VELMORA_STATUS_JAVA_NOT_INITIALIZED, kNoMethod = VELMORA_STATUS_METHOD_NOT_FOUND;
+constexpr int kNoRuntime = VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
 
-std::string property(const Scenario &s, const char *name) {
-    char buf[4096];
-    size_t len = sizeof buf;
-    const int status = VELMORA_FN(s, velmora_getJavaSystemProperty)(name, buf, &len);
-    if (status != 0) return "<status " + std::to_string(status) + ">";
-    return len == 0 ? "<none>" : std::string(buf);
-}
+// The scenario's copy of an exported function, typed from the header.
+#define VELMORA_FN(scenario, name) (scenario).symbol<decltype(name)>(#name)
 
-TEST(StartupFailure, MissingManagementClassDestroysTheMachine) {
-    Scenario s(variantJar("missing-class"));
-    EXPECT_EQ(VELMORA_FN(s, velmora_initJava)(), VELMORA_STATUS_METHOD_NOT_FOUND);
-    EXPECT_EQ(VELMORA_FN(s, velmora_getJNIEnv)(), nullptr);
-    EXPECT_EQ(*s.symbol<void *>("cls"), nullptr);
-    EXPECT_EQ(VELMORA_FN(s, velmora_open)(), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
-    // A destroyed machine cannot be created again in this process.
-    EXPECT_EQ(VELMORA_FN(s, velmora_init)(), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
-}
+struct Scenario {
+    // `variant` names a jar of build/sdk-variants, the double itself when empty.
+    explicit Scenario(const std::string &variant, const std::string &config = {}) {
+        char pattern[] = "/tmp/velmora-scenario-XXXXXX";
+        dir = mkdtemp(pattern);
+        fs::copy_file(fs::canonical(VELMORA_TEST_LIB_DIR "/libvelmora.so"), dir / "libvelmora.so");
+        const std::string sdk = variant.empty() ? VELMORA_TEST_LIB_DIR : VELMORA_TEST_VARIANTS_DIR "/" + variant;
+        fs::copy_file(sdk + "/velmora.jar", dir / "velmora.jar");
+        if (!config.empty()) std::ofstream(dir / "VelmoraDLL.conf") << at(config);
+        fs::current_path(dir.parent_path());
+        handle = dlopen((dir.filename() / "libvelmora.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+        fs::current_path("/");
+        if (!handle) ADD_FAILURE() << dlerror();
+    }
+    ~Scenario() { fs::remove_all(dir); }
 
-struct InitCase {
-    const char *variant;
-    int init;
-    int open;
-    bool runtimeKept;
+    // `text` with every "@" replaced by the scenario's directory.
+    std::string at(std::string text) const {
+        for (size_t i; (i = text.find('@')) != std::string::npos;) text.replace(i, 1, dir.string());
+        return text;
+    }
+
+    template <class F> F *symbol(const char *name) const { return reinterpret_cast<F *>(dlsym(handle, name)); }
+
+    std::string property(const char *name) const {
+        char buf[4096];
+        size_t len = sizeof buf;
+        const int status = VELMORA_FN(*this, velmora_getJavaSystemProperty)(name, buf, &len);
+        return status ? "<status " + std::to_string(status) + ">" : len == 0 ? "<none>" : std::string(buf);
+    }
+
+    fs::path dir;
+    void *handle = nullptr;
 };
 
-class InitialiserFailure : public ::testing::TestWithParam<InitCase> {};
+// A scenario: its SDK variant, VelmoraDLL.conf, JAVA_HOME and PATH ("@" is the
+// scenario's directory, where the runner lays out bin/java, a link to the JDK's
+// launcher; fake/, a JDK whose runtime library lacks an entry point; fifo/, with
+// FIFOs where runtime libraries are looked for), then what is expected.
+struct Case {
+    const char *name, *variant = "", *config = "", *javaHome = JDK, *path = "@/bin";
+    const char *printed = "";  // a text start-up prints on standard output
+    bool loaded = true;        // the runtime library stays loaded
+    int startup = 0;           // velmora_initJava, on a thread that ends before the rest
+    int init = startup;        // the first initialiser
+    int again = init;          // each initialiser after it
+    int open = again ? kUnready : 0;  // a management call at the end: only an object answers
+};
 
-TEST_P(InitialiserFailure, ReturnsItsCodeAndLeavesTheDefinedState) {
-    const InitCase c = GetParam();
-    Scenario s(variantJar(c.variant));
+const Case kCases[] = {
+    // A destroyed machine cannot be created again in this process.
+    {.name = "MissingManagementClass", .variant = "missing-class", .startup = kNoMethod, .init = kUnready},
+    // The machine is destroyed although the thread that started it has ended.
+    {.name = "NoConstructor", .variant = "no-constructor", .init = VELMORA_STATUS_NO_CONSTRUCTOR, .again = kUnready},
+    {.name = "ConstructorThrows", .variant = "constructor-throws", .init = VELMORA_STATUS_INIT_FAILED},
+    // The object exists without its initialiser: calls reach it and miss their methods.
+    {.name = "NoInitializer", .variant = "no-initializer", .init = VELMORA_STATUS_NO_INITIALIZER, .open = kNoMethod},
+    {.name = "ConfiguredRuntimeMissing", .config = "JVMPATH=/nonexistent/libjvm.so\n",
+     .printed = "/nonexistent/libjvm.so", .loaded = false, .startup = kNoRuntime},
+    {.name = "RuntimeWithoutAnEntryPoint", .config = "JVM64PATH=" VELMORA_TEST_FAKE_JVM "\n",
+     .printed = "JNI_GetCreatedJavaVMs", .startup = kNoRuntime},
+    {.name = "ConfiguredFifo", .config = "JVMPATH=@/fifo/lib/server/libjvm.so\n",
+     .printed = "@/fifo/lib/server/libjvm.so", .loaded = false, .startup = kNoRuntime},
+    {.name = "NoRuntimeAnywhere", .javaHome = "/nonexistent", .path = "/nonexistent", .printed = "libjvm.so",
+     .loaded = false, .startup = kNoRuntime},
+    // The first JVM64PATH line wins over JVMPATH lines before and after it; CRLF line ends.
+    {.name = "CrLfConfiguration", .config = "JVMPATH=/a\r\nJVM64PATH=" JDK "/lib/server/libjvm.so\r\nJVMPATH=/c\r\n",
+     .javaHome = "/nonexistent", .path = "/nonexistent"},
+    {.name = "LauncherLinkOnPath", .javaHome = "/nonexistent"},
+    // JAVA_HOME is tried before PATH, whose JDK here cannot start anything.
+    {.name = "JavaHomeBeforePath", .path = "@/fake/bin"},
+    {.name = "FifosUnderJavaHomePassedBy", .javaHome = "@/fifo"},
+};
+
+void PrintTo(const Case &c, std::ostream *os) { *os << c.name; }
+class Startup : public testing::TestWithParam<Case> {};
+
+TEST_P(Startup, ReachesItsState) {
+    const Case &c = GetParam();
+    alarm(60);  // a hang ends the process
+    Scenario s(c.variant, c.config);
+    for (const char *sub : {"bin", "fake/bin", "fake/lib/server", "fifo/jre/lib/amd64/server", "fifo/lib/server"})
+        fs::create_directories(s.dir / sub);
+    fs::create_symlink(JDK "/bin/java", s.dir / "bin/java");
+    std::ofstream(s.dir / "fake/bin/java") << "";
+    fs::copy_file(VELMORA_TEST_FAKE_JVM, s.dir / "fake/lib/server/libjvm.so");
+    for (const char *fifo : {"fifo/jre/lib/amd64/server/libjvm.so", "fifo/lib/server/libjvm.so"})
+        ASSERT_EQ(mkfifo((s.dir / fifo).c_str(), 0600), 0);
+    setenv("JAVA_HOME", s.at(c.javaHome).c_str(), 1);
+    setenv("PATH", s.at(c.path).c_str(), 1);
+    if (!*c.config && c.startup == kNoRuntime && fs::exists("/usr/lib/jvm/default-java/lib/server/libjvm.so"))
+        GTEST_SKIP() << "a system default runtime exists";
+
+    testing::internal::CaptureStdout();
+    // Start-up runs on a thread that has ended (joined with its future) before the rest.
+    EXPECT_EQ(std::async(std::launch::async, VELMORA_FN(s, velmora_initJava)).get(), c.startup);
     EXPECT_EQ(VELMORA_FN(s, velmora_init)(), c.init);
+    EXPECT_EQ(VELMORA_FN(s, velmora_initFile)("f"), c.again);
+    EXPECT_EQ(VELMORA_FN(s, velmora_initWithoutFile)("a", "b", "c", "d", 1, "f", "g", 2, 3, "j", "k"), c.again);
+    const std::string printed = testing::internal::GetCapturedStdout();
+    // Start-up prints the loader's text, a line at a time.
+    EXPECT_NE(printed.find(s.at(c.printed)), std::string::npos) << printed;
+    EXPECT_TRUE(printed.empty() || printed.back() == '\n');
+    EXPECT_EQ(*s.symbol<void *>("jvmlibHandle") != nullptr, c.loaded);
     EXPECT_EQ(VELMORA_FN(s, velmora_open)(), c.open);
-    EXPECT_EQ(VELMORA_FN(s, velmora_getJNIEnv)() != nullptr, c.runtimeKept);
-    if (c.runtimeKept) {
-        // Every initialiser reports the same way, and no exception is left pending.
-        EXPECT_EQ(VELMORA_FN(s, velmora_initFile)("f"), c.init);
-        EXPECT_EQ(VELMORA_FN(s, velmora_initWithoutFile)("a", "b", "c", "d", 1, "f", "g", 2, 3, "j", "k"), c.init);
-        EXPECT_EQ(property(s, "java.class.path").find(s.dir().string()), 0u);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Variants, InitialiserFailure,
-    ::testing::Values(InitCase{"no-constructor", VELMORA_STATUS_NO_CONSTRUCTOR, VELMORA_STATUS_JAVA_NOT_INITIALIZED, false},
-                      InitCase{"constructor-throws", VELMORA_STATUS_INIT_FAILED, VELMORA_STATUS_JAVA_NOT_INITIALIZED, true},
-                      // The object exists without its initialiser: calls reach it and miss their methods.
-                      InitCase{"no-initializer", VELMORA_STATUS_NO_INITIALIZER, VELMORA_STATUS_METHOD_NOT_FOUND, true}),
-    [](const auto &info) {
-        std::string name = info.param.variant;
-        std::erase(name, '-');
-        return name;
-    });
-
-TEST(StartupFailure, ConfiguredRuntimeThatDoesNotExist) {
-    Scenario s(mainJar(), "JVMPATH=/nonexistent/libjvm.so\n");
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(VELMORA_FN(s, velmora_init)(), VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND);
-    const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_NE(printed.find("/nonexistent/libjvm.so"), std::string::npos) << printed;
-    EXPECT_EQ(printed.back(), '\n');
-    EXPECT_EQ(*s.symbol<void *>("jvmlibHandle"), nullptr);
-    EXPECT_EQ(VELMORA_FN(s, velmora_getJNIEnv)(), nullptr);
-}
-
-TEST(StartupFailure, RuntimeLibraryWithoutAnEntryPoint) {
-    Scenario s(mainJar(), "JVM64PATH=" VELMORA_TEST_FAKE_JVM "\n");
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(VELMORA_FN(s, velmora_initJava)(), VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND);
-    const std::string printed = testing::internal::GetCapturedStdout();
-    EXPECT_NE(printed.find("JNI_GetCreatedJavaVMs"), std::string::npos) << printed;
-    EXPECT_NE(*s.symbol<void *>("jvmlibHandle"), nullptr);
-}
-
-TEST(Startup, CreatedMachineHasTheLibraryOptions) {
-    Scenario s(mainJar(), "JVMPATH=/a\r\nJVM64PATH=" + kJdkRuntime + "\r\nJVMPATH=/c\r\n");
-    ASSERT_EQ(VELMORA_FN(s, velmora_initJava)(), 0);
-    const std::string dir = s.dir().string();
-    EXPECT_EQ(property(s, "java.class.path"),
-              dir + "/velmora.jar:" + dir + "/commons-codec-1.3.jar:" + dir + "/xmlrpc-2.0.jar");
-    EXPECT_EQ(property(s, "com.sun.management.jmxremote"), "");
-    // -Xmx128M: the heap limit lies just below 128 MiB.
     JNIEnv *jenv = VELMORA_FN(s, velmora_getJNIEnv)();
-    jclass runtime = jenv->FindClass("java/lang/Runtime");
-    jobject current = jenv->CallStaticObjectMethod(runtime, jenv->GetStaticMethodID(runtime, "getRuntime", "()Ljava/lang/Runtime;"));
-    const jlong max = jenv->CallLongMethod(current, jenv->GetMethodID(runtime, "maxMemory", "()J"));
-    EXPECT_GT(max, 100LL << 20);
-    EXPECT_LE(max, 128LL << 20);
-    // Start-up again while ready: no second machine, and an initialiser still works.
+    const bool kept = c.again != kUnready && c.again != kNoRuntime;
+    EXPECT_EQ(*s.symbol<void *>("cls") != nullptr, kept);
+    ASSERT_EQ(jenv != nullptr, kept);
+    if (!kept) return;
+
+    // The machine the library created has the library's options.
+    EXPECT_EQ(s.property("java.class.path"), s.at("@/velmora.jar:@/commons-codec-1.3.jar:@/xmlrpc-2.0.jar"));
+    EXPECT_EQ(s.property("com.sun.management.jmxremote"), "");
+    EXPECT_EQ(s.property("java.home"), JDK);
+    // -Xmx128M: the heap limit lies just below 128 MiB.
+    jclass rt = jenv->FindClass("java/lang/Runtime");
+    jobject now = jenv->CallStaticObjectMethod(rt, jenv->GetStaticMethodID(rt, "getRuntime", "()Ljava/lang/Runtime;"));
+    const jlong max = jenv->CallLongMethod(now, jenv->GetMethodID(rt, "maxMemory", "()J"));
+    EXPECT_TRUE(max > 100LL << 20 && max <= 128LL << 20) << max;
+    // Start-up again while ready: no second machine, the management object kept.
     JavaVM *machine = VELMORA_FN(s, velmora_getJavaVM)();
     EXPECT_EQ(VELMORA_FN(s, velmora_initJava)(), 0);
     EXPECT_EQ(VELMORA_FN(s, velmora_getJavaVM)(), machine);
-    EXPECT_EQ(VELMORA_FN(s, velmora_init)(), 0);
-    EXPECT_EQ(VELMORA_FN(s, velmora_open)(), 0);
+    EXPECT_EQ(VELMORA_FN(s, velmora_open)(), c.open);
 }
+
+INSTANTIATE_TEST_SUITE_P(Scenarios, Startup, testing::ValuesIn(kCases), [](const auto &i) { return i.param.name; });
 
 // The host started its own JVM before the library: the library joins it and
 // its options do not apply.
-TEST(Startup, JoinsTheMachineAlreadyRunning) {
-    Scenario s(mainJar());
-    void *runtime = dlopen(kJdkRuntime.c_str(), RTLD_NOW);
-    ASSERT_NE(runtime, nullptr);
-    auto create = reinterpret_cast<jint (*)(JavaVM **, void **, void *)>(dlsym(runtime, "JNI_CreateJavaVM"));
-    std::string classPath = "-Djava.class.path=" + (s.dir() / "velmora.jar").string();
+TEST(HostMachine, IsJoinedWithItsOwnOptions) {
+    Scenario s("");
+    auto create = reinterpret_cast<jint (*)(JavaVM **, void **, void *)>(
+        dlsym(dlopen(JDK "/lib/server/libjvm.so", RTLD_NOW), "JNI_CreateJavaVM"));
+    ASSERT_NE(create, nullptr);
+    std::string classPath = "-Djava.class.path=" + (s.dir / "velmora.jar").string();
     JavaVMOption options[2] = {{classPath.data(), nullptr}, {const_cast<char *>("-Dhost.owned=yes"), nullptr}};
     JavaVMInitArgs args{JNI_VERSION_1_8, 2, options, JNI_FALSE};
     JavaVM *host = nullptr;
-    JNIEnv *hostEnv = nullptr;
-    ASSERT_EQ(create(&host, reinterpret_cast<void **>(&hostEnv), &args), JNI_OK);
+    void *hostEnv = nullptr;
+    ASSERT_EQ(create(&host, &hostEnv, &args), JNI_OK);
 
     EXPECT_EQ(VELMORA_FN(s, velmora_init)(), 0);
     EXPECT_EQ(VELMORA_FN(s, velmora_getJavaVM)(), host);
-    EXPECT_EQ(property(s, "host.owned"), "yes");
-    EXPECT_EQ(property(s, "com.sun.management.jmxremote"), "<none>");
+    EXPECT_EQ(s.property("host.owned"), "yes");
+    EXPECT_EQ(s.property("com.sun.management.jmxremote"), "<none>");
     EXPECT_EQ(VELMORA_FN(s, velmora_open)(), 0);
 }
 
-// JAVA_HOME names no runtime: the launcher on PATH, reached through a link,
-// leads to a current JDK's lib/server/libjvm.so.
-TEST(RuntimeSearch, FollowsTheLauncherLinkOnPath) {
-    Scenario s(mainJar());
-    fs::create_directory(s.dir() / "bin");
-    fs::create_symlink(VELMORA_TEST_JDK_HOME "/bin/java", s.dir() / "bin" / "java");
-    setenv("JAVA_HOME", "/nonexistent", 1);
-    setenv("PATH", (s.dir() / "bin").c_str(), 1);
+// Without a PeachWrapper class no wrapper is kept, a retry fails the same way,
+// and no Java error is left behind for the management calls.
+TEST(PeachVariants, MissingWrapperClassKeepsNothing) {
+    Scenario s("peach-missing");
     ASSERT_EQ(VELMORA_FN(s, velmora_init)(), 0);
-    EXPECT_EQ(property(s, "java.home"), VELMORA_TEST_JDK_HOME);
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        EXPECT_EQ(VELMORA_FN(s, velmora_peach_handle)(), kNoMethod);
+        for (const char *global : {"pwcls", "pwobj"}) EXPECT_EQ(*s.symbol<void *>(global), nullptr);
+        EXPECT_EQ(VELMORA_FN(s, velmora_peach_setName)(0, "x"), kUnready);
+    }
+    EXPECT_FALSE(VELMORA_FN(s, velmora_getJNIEnv)()->ExceptionCheck());
+    EXPECT_EQ(VELMORA_FN(s, velmora_open)(), 0);
 }
 
-// JAVA_HOME is tried before the launchers on PATH: the JDK on PATH here has a
-// runtime library that cannot start anything.
-TEST(RuntimeSearch, JavaHomeComesBeforePath) {
-    Scenario s(mainJar());
-    fs::create_directories(s.dir() / "jdk/bin");
-    fs::create_directories(s.dir() / "jdk/lib/server");
-    std::ofstream(s.dir() / "jdk/bin/java") << "";
-    fs::copy_file(VELMORA_TEST_FAKE_JVM, s.dir() / "jdk/lib/server/libjvm.so");
-    setenv("JAVA_HOME", VELMORA_TEST_JDK_HOME, 1);
-    setenv("PATH", (s.dir() / "jdk/bin").c_str(), 1);
+// Without NativeFunctionCaller a registration is refused and the callback kept.
+TEST(PeachVariants, MissingHandlerClassKeepsTheCallback) {
+    Scenario s("handler-missing");
     ASSERT_EQ(VELMORA_FN(s, velmora_init)(), 0);
-    EXPECT_EQ(property(s, "java.home"), VELMORA_TEST_JDK_HOME);
+    const int handle = VELMORA_FN(s, velmora_peach_handle)();
+    ASSERT_GE(handle, 0);
+    const velmora_intermediate_callback kept = [](const char *) {}, other = [](const char *) { std::abort(); };
+    auto &callback = *s.symbol<velmora_intermediate_callback>("velmora_peach_intermediate_callback_fun");
+    callback = kept;  // as an earlier registration would have left it
+    for (velmora_intermediate_callback wanted : {other, velmora_intermediate_callback{}}) {
+        EXPECT_EQ(VELMORA_FN(s, velmora_peach_setIntermediateResultHandler)(handle, wanted), kNoMethod);
+        EXPECT_EQ(callback, kept);
+    }
+    EXPECT_EQ(VELMORA_FN(s, velmora_peach_done)(handle), 0);
 }
-
-TEST(RuntimeSearch, NoRuntimeAnywhere) {
-    setenv("JAVA_HOME", "/nonexistent", 1);
-    setenv("PATH", "/nonexistent", 1);
-    Scenario s(mainJar());
-    if (fs::exists("/usr/lib/jvm/default-java/lib/server/libjvm.so")) GTEST_SKIP() << "a system default runtime exists";
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(VELMORA_FN(s, velmora_initJava)(), VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND);
-    EXPECT_NE(testing::internal::GetCapturedStdout().find("libjvm.so"), std::string::npos);
-}
-
-}  // namespace
