@@ -33,7 +33,7 @@ class CppPeach : public PeachBridge {};
 TEST_F(CppPeach, StringResultsSizeTheirOwnBuffer) {
     // A text that fits the first buffer (255 bytes and the NUL) costs one
     // call, a longer one exactly one more, and one that grows between the
-    // calls is asked for until it fits: 2 + 1 + 2 + 4 calls. No text is
+    // calls is asked for until it fits: 1 + 1 + 1 + 2 + 4 calls. No text is
     // nullopt, an empty text "".
     const std::string fits(255, 'a'), longer(256, 'b'), mid(600, 'c'), grown(2000, 'd');
     sdk::script("getStatisticsString", {"null", "", fits, longer, longer, longer, mid, grown});
