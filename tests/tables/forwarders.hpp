@@ -64,17 +64,23 @@ inline int *position(int value) {
 }
 
 inline const char *kPool[] = {"p0", "p1", "p2", "p3", "p4"};
+// The strings every list row (every row of a String[] overload) passes:
+// listCount of listPool (after the first list of two, which is always 2).
+// The rows' lines expect 2 of kPool.
+inline int listCount = 2;
+inline const char *const *listPool = kPool;
 
 #define S "Ljava/lang/String;"
 #define SA "[Ljava/lang/String;"
-#define POOL "p0", "p1", "p2", "p3", "p4"
+#define POOL listPool[0], listPool[1], listPool[2], listPool[3], listPool[4]
 #define T9 "t1", "t2", "t3", "t4", "t5", "t6", "t7", "t8", "t9"
 #define Q9 "\"t1\", \"t2\", \"t3\", \"t4\", \"t5\", \"t6\", \"t7\", \"t8\", \"t9\""
 #define CALL(expression) [](Buffer & b) -> int64_t { return (void)b, (expression); }
 #define VA(expression) withVaList([](va_list ap) { return expression; }, 0, POOL)
 #define OUT b.out(), b.size()
+#define ARRAY const_cast<const char **>(listPool)
 #define P2 "[\"p0\", \"p1\"]"
-#define P3 "[\"p2\", \"p3\", \"p4\"]"
+#define P3 "[\"p2\", \"p3\"]"
 
 inline std::vector<Row> forwarders() {
     const std::string bundle = "createBundle(I" S S S S S S S S S SA SA ")I 3, " Q9 ", " P2 ", " P3;
@@ -140,15 +146,15 @@ inline std::vector<Row> forwarders() {
 
         {"createEmptyProject", CALL(velmora_createEmptyProject(7, 8, "t")), {{"createProject(II" S ")I 7, 8, \"t\"", "52"}}, 52},
 // The three forms of a string-list function: variadic, va_list, array.
-#define FORMS(stem, line, value, ...)                                                          \
-    {#stem, CALL(velmora_##stem(__VA_ARGS__, POOL)), {{line, #value}}, value},                 \
-        {#stem "2", CALL(VA(velmora_##stem##2(__VA_ARGS__, ap))), {{line, #value}}, value},  \
-        {#stem "3", CALL(velmora_##stem##3(__VA_ARGS__, kPool)), {{line, #value}}, value}
-#define LIST_STEM(stem, value) FORMS(stem, #stem "(I" SA ")I 7, " P2, value, 7, 2)
+#define FORMS(stem, line, value, ...)                                                                           \
+    {#stem, CALL(velmora_##stem(__VA_OPT__(__VA_ARGS__, ) listCount, POOL)), {{line, #value}}, value},                \
+        {#stem "2", CALL(VA(velmora_##stem##2(__VA_OPT__(__VA_ARGS__, ) listCount, ap))), {{line, #value}}, value}, \
+        {#stem "3", CALL(velmora_##stem##3(__VA_OPT__(__VA_ARGS__, ) listCount, ARRAY)), {{line, #value}}, value}
+#define LIST_STEM(stem, value) FORMS(stem, #stem "(I" SA ")I 7, " P2, value, 7)
         LIST_STEM(setProjectParams, 53), LIST_STEM(createProjectJobs, 54), LIST_STEM(createJob, 55),
-        LIST_STEM(createCachedJob, 56), FORMS(createBundle, bundle, 41, 3, T9, 2, 3),
-        FORMS(createSignedBundle, sealed, 42, 3, T9, "t10", "t11", 2, 3), FORMS(createProject, project, 51, 7, 8, "t", 2),
-        FORMS(peach, "peach(" SA ")I " P2, 90, 2),
+        LIST_STEM(createCachedJob, 56), FORMS(createBundle, bundle, 41, 3, T9, 2),
+        FORMS(createSignedBundle, sealed, 42, 3, T9, "t10", "t11", 2), FORMS(createProject, project, 51, 7, 8, "t"),
+        FORMS(peach, "peach(" SA ")I " P2, 90),
 #define INT_ROW(name, value) {#name, CALL(velmora_##name(7)), {{#name "(I)I 7", #value}}, value}
         INT_ROW(flushCachedJobs, 60), INT_ROW(markAllJobsCreated, 61), INT_ROW(addUserClientsToProject, 62),
         INT_ROW(startProject, 63), INT_ROW(stopProject, 64), INT_ROW(removeProject, 65), INT_ROW(waitCompletion, 66),
@@ -195,9 +201,9 @@ inline std::vector<Row> forwarders() {
 #define P_FLAG(name, flag) {"peach_" #name, CALL(velmora_peach_##name(5, flag)), {{#name "(IZ)V 5, " #flag, ""}}, 0}
 #define P_INT(name, n) {"peach_" #name, CALL(velmora_peach_##name(5, n)), {{#name "(II)V 5, " #n, ""}}, 0}
 #define PEACH(name, args, line) {"peach_" #name, CALL(velmora_peach_##name args), {{line, ""}}, 0}
-#define P_FORMS(stem, line, ...)                                                                  \
-    {"peach_" #stem, CALL(velmora_peach_##stem(__VA_ARGS__, 2, POOL)), {{#stem line, ""}}, 0},    \
-        {"peach_" #stem "3", CALL(velmora_peach_##stem##3(__VA_ARGS__, 2, kPool)), {{#stem line, ""}}, 0}
+#define P_FORMS(stem, line, ...)                                                                      \
+    {"peach_" #stem, CALL(velmora_peach_##stem(__VA_ARGS__, listCount, POOL)), {{#stem line, ""}}, 0}, \
+        {"peach_" #stem "3", CALL(velmora_peach_##stem##3(__VA_ARGS__, listCount, ARRAY)), {{#stem line, ""}}, 0}
         P_TEXT(setName, "nightly"), P_TEXT(setStateDir, "/var"), P_TEXT(setDescription, "Grüße"),
         P_TEXT(setPriority, "3"), P_TEXT(setResultFile, "out.zip"), P_TEXT(addSourceFile, "main.c"),
         P_TEXT(setExeBundleName, "exe"), P_TEXT(setExecutable, "run.sh"), P_TEXT(addExeImport, "lib.so"),
@@ -246,6 +252,7 @@ inline std::vector<Row> forwarders() {
 #undef INT_ROW
 #undef LIST_STEM
 #undef FORMS
+#undef ARRAY
 #undef P_FORMS
 }
 
