@@ -23,7 +23,7 @@ const std::string MI = "velmora.user.ManagementImpl", PW = "velmora.user.PeachWr
                   NFC = "velmora.user.NativeFunctionCaller";
 
 // Besides the table: the natural value of an object result, or a
-// constructor's statement after it counted itself.
+// constructor's statement after it journaled itself.
 const std::pair<const std::string, std::string> kWrapper = {"getPeachWrapper()Lvelmora/user/PeachWrapper;",
                                                             "new PeachWrapper()"};
 const Members kDouble = {
@@ -67,7 +67,7 @@ std::string method(const std::string &cls, const std::string &key, const std::st
         args += ", (Object) a" + std::to_string(k);
     }
     const std::string type = javaType(++d);
-    if (name == "<init>") return "public " + cls + "(" + params + ") { Sdk.constructed(); " + natural + " }\n";
+    if (name == "<init>") return "public " + cls + "(" + params + ") { Sdk.v(\"" + key + "\"" + args + "); " + natural + " }\n";
     const std::map<std::string, std::string> recorders = {
         {"int", "i("}, {"long", "j("}, {"boolean", "z("}, {"String", "s("}, {"void", "v("}};
     const std::string recorder = recorders.count(type) ? recorders.at(type) : "o(" + natural + ", ";

@@ -77,7 +77,6 @@ std::string lastCall() {
     fail(message);
 }
 
-int instances() { return Frame().call(&JNIEnv::CallStaticIntMethod, "instances", "()I"); }
 int javaThreads() { return Frame().call(&JNIEnv::CallStaticIntMethod, "threads", "()I"); }
 void fire(const char *text) { Frame().fire(text, 0, 0); }
 int fireConcurrently(int threads, int perThread, const std::string &prefix) {

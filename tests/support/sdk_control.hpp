@@ -15,13 +15,14 @@
 
 namespace sdk {
 
-// Forgets journal, scripts, instance count and the registered result handler.
+// Forgets journal, scripts and the registered result handler.
 void reset();
 
 // Outcomes for `key`, a method name (every overload) or name+descriptor
 // (which wins), one per call, the last staying in force: "throw", "null" (a
 // String or object result), or the value to return. No outcomes removes the
-// script. "<init>" scripts the management constructor ("throw" only).
+// script. "<init>" scripts the constructors ("throw" only), which journal
+// themselves as "<init>()V".
 void script(const std::string &key, std::vector<std::string> outcomes);
 
 // Calls recorded since the last reset or read, oldest first; clears them.
@@ -29,9 +30,6 @@ std::vector<std::string> journal();
 
 // The one call recorded since the last read; throws unless there is exactly one.
 std::string lastCall();
-
-// Number of ManagementImpl objects constructed since the last reset.
-int instances();
 
 // Live Java threads of the library's JVM, attached native threads included.
 int javaThreads();

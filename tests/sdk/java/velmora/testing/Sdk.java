@@ -25,7 +25,7 @@ import velmora.user.IntermediateResultHandler;
  * returns null from a String or object method, anything else is parsed by the
  * result type. Unscripted methods return 0, false, null or their natural object.
  * An IntermediateResultHandler argument becomes the handler {@link #fire} uses.
- * The constructors count themselves and can be scripted to throw ("<init>").
+ * Constructors journal themselves as "<init>" and can be scripted to throw.
  * The methods the native tests call return an int, so that they share one
  * calling path there.
  *
@@ -40,7 +40,6 @@ public final class Sdk {
     private static final List<String> entries = new ArrayList<>();
     private static final Map<String, String[]> scripts = new HashMap<>();
     private static final Map<String, Integer> taken = new HashMap<>();
-    private static int instances;
     private static volatile IntermediateResultHandler handler;
 
     public static synchronized int reset() {
@@ -48,7 +47,7 @@ public final class Sdk {
         scripts.clear();
         taken.clear();
         handler = null;
-        return instances = 0;
+        return 0;
     }
 
     public static synchronized int script(String key, String... outcomes) {
@@ -61,10 +60,6 @@ public final class Sdk {
         String text = String.join("\n", entries);
         entries.clear();
         return text;
-    }
-
-    public static synchronized int instances() {
-        return instances;
     }
 
     /** Live Java threads, attached native threads included. */
@@ -97,13 +92,6 @@ public final class Sdk {
     }
 
     // ---- recorders of the generated methods ----------------------------
-
-    public static void constructed() {
-        synchronized (Sdk.class) {
-            instances++;
-        }
-        if ("throw".equals(outcome("<init>"))) throw new RuntimeException("scripted failure in <init>");
-    }
 
     public static int i(String key, Object... args) {
         return QUIET ? QUIET_INT : Integer.parseInt(record(key, args, "0"));
