@@ -39,8 +39,10 @@ run("${ran}" ${work}/cmake/consumer)
 set(ENV{PKG_CONFIG_PATH} ${lib}/pkgconfig)
 execute_process(COMMAND pkg-config --cflags --libs velmora OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE
   COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND pkg-config --variable=libdir velmora OUTPUT_VARIABLE libdir OUTPUT_STRIP_TRAILING_WHITESPACE
+  COMMAND_ERROR_IS_FATAL ANY)
 separate_arguments(flags UNIX_COMMAND "${flags}")
-run("" ${CC} ${EXAMPLE} ${flags} -Wl,-rpath,${lib} -o ${work}/pkg-config)
+run("" ${CC} ${EXAMPLE} ${flags} -Wl,-rpath,${libdir} -o ${work}/pkg-config)
 run("${ran}" ${work}/pkg-config)
 run("" ${CC} ${EXAMPLE} -I${PREFIX}/include -L${lib} -lvelmora -Wl,-rpath,${lib} -o ${work}/cc)
 run("${ran}" ${work}/cc)
