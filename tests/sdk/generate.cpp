@@ -75,8 +75,9 @@ std::string method(const std::string &cls, const std::string &key, const std::st
            "\"" + key + "\"" + args + "); }\n";
 }
 
-// Writes the classes of `members` into OUTDIR/SET and adds them to `sources`.
-void write(const fs::path &dir, const Members &members, std::map<std::string, fs::path> &sources) {
+// Writes the classes of `members` into `dir`, and the list of every source of
+// the set (`sources` and those) into dir/sources.txt; returns that set.
+std::map<std::string, fs::path> write(const fs::path &dir, const Members &members, std::map<std::string, fs::path> sources) {
     for (const auto &[cls, methods] : members) {
         const std::size_t dot = cls.rfind('.');
         std::string path = cls;
@@ -90,11 +91,10 @@ void write(const fs::path &dir, const Members &members, std::map<std::string, fs
         java << "}\n";
         sources[cls] = fs::absolute(file);
     }
-}
-
-void list(const fs::path &dir, const std::map<std::string, fs::path> &sources) {
-    std::ofstream out(dir / "sources.txt");
-    for (const auto &[cls, file] : sources) out << file.string() << "\n";
+    fs::create_directories(dir);
+    std::ofstream list(dir / "sources.txt");
+    for (const auto &[cls, file] : sources) list << file.string() << "\n";
+    return sources;
 }
 
 }  // namespace
@@ -113,13 +113,10 @@ int main(int argc, char **argv) {
         std::replace(name.begin(), name.end(), '/', '.');
         sources[name] = fs::absolute(argv[k]);
     }
-    write(out / "double", members, sources);
-    list(out / "double", sources);
+    const auto all = write(out / "double", members, sources);
     for (const auto &[name, without, own] : kVariants) {
-        std::map<std::string, fs::path> variant = sources;
+        std::map<std::string, fs::path> variant = all;
         for (const std::string &cls : without) variant.erase(cls);
         write(out / name, own, variant);
-        fs::create_directories(out / name);
-        list(out / name, variant);
     }
 }
