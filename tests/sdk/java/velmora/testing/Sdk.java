@@ -2,10 +2,12 @@ package velmora.testing;
 
 import java.lang.management.ManagementFactory;
 import java.util.ArrayList;
+import java.util.Arrays;
 import java.util.HashMap;
 import java.util.List;
 import java.util.Map;
 import java.util.concurrent.atomic.AtomicInteger;
+import java.util.stream.Collectors;
 import velmora.user.IntermediateResultHandler;
 
 /**
@@ -78,12 +80,7 @@ public final class Sdk {
         for (int t = 0; t < threads; t++) {
             String prefix = text + t + ":";
             workers[t] = new Thread(() -> {
-                for (int i = 0; i < perThread; i++) {
-                    IntermediateResultHandler current = handler;
-                    if (current == null) continue;
-                    current.func(prefix + i);
-                    delivered.incrementAndGet();
-                }
+                for (int i = 0; i < perThread; i++, delivered.incrementAndGet()) handler.func(prefix + i);
             });
             workers[t].start();
         }
@@ -122,8 +119,7 @@ public final class Sdk {
     }
 
     private static synchronized String outcome(String key) {
-        String name = key.substring(0, key.indexOf('(') < 0 ? key.length() : key.indexOf('('));
-        String chosen = scripts.containsKey(key) ? key : name;
+        String chosen = scripts.containsKey(key) ? key : key.substring(0, key.indexOf('('));
         String[] script = scripts.get(chosen);
         if (script == null) return null;
         int next = taken.merge(chosen, 1, Integer::sum) - 1;
@@ -145,9 +141,7 @@ public final class Sdk {
     private static String render(Object value) {
         if (value instanceof String) return '"' + ((String) value).replace("\n", "\\n").replace("\r", "\\r") + '"';
         if (value instanceof String[]) {
-            List<String> items = new ArrayList<>();
-            for (String item : (String[]) value) items.add(render(item));
-            return "[" + String.join(", ", items) + "]";
+            return Arrays.stream((String[]) value).map(Sdk::render).collect(Collectors.joining(", ", "[", "]"));
         }
         return value == null || value instanceof Number || value instanceof Boolean ? String.valueOf(value)
                 : value.getClass().getSimpleName();
