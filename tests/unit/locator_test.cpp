@@ -2,19 +2,23 @@
 // files stand in for launchers and libraries, since only opening is tested.
 #include "runtime/locator.hpp"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <optional>
+#include <regex>
+#include <tuple>
 
 namespace fs = std::filesystem;
 using namespace velmora::runtime;
 using Strings = std::vector<std::string>;
-
-namespace {
+using ::testing::HasSubstr;
 
 const std::string kSrv = "/jre/lib/amd64/server/libjvm.so", kJreCli = "/jre/lib/amd64/client/libjvm.so",
                   kLibSrv = "/lib/amd64/server/libjvm.so", kLibCli = "/lib/amd64/client/libjvm.so";
@@ -22,47 +26,41 @@ const std::string kSrv = "/jre/lib/amd64/server/libjvm.so", kJreCli = "/jre/lib/
 class LocatorTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        for (auto& [name, saved] : env_)
-            if (const char* v = std::getenv(name)) saved = v;
-        ::unsetenv("JAVA_HOME");
-        ::unsetenv("PATH");
+        for (const char* name : {"JAVA_HOME", "PATH"}) ::unsetenv(name);
         char tmpl[] = "/tmp/locator_test.XXXXXX";
         ASSERT_NE(::mkdtemp(tmpl), nullptr);
         t_ = fs::canonical(tmpl).string();
+        ::alarm(20);  // a search that blocks or goes round for ever ends the process
     }
     void TearDown() override {
+        ::alarm(0);
         fs::current_path(cwd_);
         fs::remove_all(t_);
-        for (auto& [name, saved] : env_) saved ? ::setenv(name, saved->c_str(), 1) : ::unsetenv(name);
     }
-    std::string sub(std::string s) const {  // "$T" stands for the scratch directory
-        for (auto at = s.find("$T"); at != std::string::npos; at = s.find("$T", at)) s.replace(at, 2, t_);
-        return s;
-    }
-    void file(const std::string& rel, const std::string& content = "") {
+    // "$T" stands for the scratch directory.
+    std::string sub(const std::string& s) const { return std::regex_replace(s, std::regex("\\$T"), t_); }
+    std::string at(const std::string& rel) const {  // "$T/<rel>", its directory made
         fs::create_directories(fs::path(t_ + "/" + rel).parent_path());
-        std::ofstream(t_ + "/" + rel, std::ios::binary) << content;
+        return t_ + "/" + rel;
     }
-    void link(const std::string& rel, const std::string& target) {
-        fs::create_directories(fs::path(t_ + "/" + rel).parent_path());
-        ASSERT_EQ(::symlink(sub(target).c_str(), (t_ + "/" + rel).c_str()), 0);
-    }
-    int search(std::string& out, const std::string& path) {
-        ::setenv("PATH", sub(path).c_str(), 1);
-        out.assign(kPathBuffer, '\0');
-        int rc = findJavaInPath(out.data());
-        out.resize(out.find('\0'));
-        return rc;
+    void file(const std::string& rel, const std::string& content = "") const { std::ofstream(at(rel)) << content; }
+    void link(const std::string& rel, const std::string& target) const { fs::create_symlink(sub(target), at(rel)); }
+    static std::string traceOf(const std::string& libraryFile) {  // what the search traces, a line per step
+        std::string text;
+        const Trace trace = [&](std::string_view step, std::string_view detail) {
+            text.append(step).append(" ").append(detail).append("\n");
+        };
+        locate(libraryFile, &trace);
+        return text;
     }
     std::string t_;
     fs::path cwd_ = fs::current_path();
-    std::vector<std::pair<const char*, std::optional<std::string>>> env_ = {{"JAVA_HOME", {}}, {"PATH", {}}};
 };
 
 TEST_F(LocatorTest, ConfigurationFile) {
     file("home" + kLibCli);  // what JAVA_HOME yields when the file names nothing
     ::setenv("JAVA_HOME", (t_ + "/home").c_str(), 1);
-    const std::string x4095(4095, 'x');
+    const std::string x4095(4095, 'x'), big = std::string(1 << 20, 'x') + "\nJVMPATH=/late\n";
     const std::vector<std::pair<std::string, std::optional<std::string>>> cases = {
         {"JVMPATH=/a\nJVM64PATH=/b\nJVMPATH=/c\n", "/b"}, {"JVMPATH=/a\nJVMPATH=/c\n", "/c"},
         {"JVM64PATH=/a\nJVM64PATH=/b\n", "/a"}, {"JVMPATH=\nJVMPATH\nJAVA_HOME=/a\n", {}},
@@ -71,12 +69,14 @@ TEST_F(LocatorTest, ConfigurationFile) {
         // A line longer than one 4095-byte read is taken as several lines.
         {x4095 + "JVMPATH=/a\n", "/a"}, {x4095.substr(1) + "JVMPATH=/a\n", {}},
         {"JVMPATH=/" + std::string(5000, 'a'), "/" + std::string(4086, 'a')},
+        // Only the first MiB is read.
+        {"JVMPATH=/early\n" + big, "/early"}, {big, {}},
     };
     const Trace empty;  // a trace without a target is the same as none
     for (const auto& [content, expected] : cases) {
-        SCOPED_TRACE(content.substr(0, 60));
         file("lib/VelmoraDLL.conf", content);
-        EXPECT_EQ(locate(t_ + "/lib/v.so", &empty).runtimePath, expected.value_or(t_ + "/home" + kLibCli));
+        EXPECT_EQ(locate(t_ + "/lib/v.so", &empty).runtimePath, expected.value_or(t_ + "/home" + kLibCli))
+            << content.substr(0, 60);
     }
 }
 
@@ -87,99 +87,69 @@ TEST_F(LocatorTest, LibraryDirectoryAndConfigurationPath) {
         {"", "", ""}, {d4079 + "/v.so", d4079, d4079 + "/VelmoraDLL.conf"}, {d4079 + "d/v.so", d4079 + "d", ""},
         {d4095 + "d/v.so", "", ""},
     };
-    for (const auto& c : cases) {
-        Location where = locate(c[0]);
-        EXPECT_EQ(where.libraryDir, c[1]) << c[0].substr(0, 60);
-        EXPECT_EQ(where.configPath, c[2]) << c[0].substr(0, 60);
-    }
+    for (const auto& c : cases) EXPECT_EQ((Strings{c[0], locate(c[0]).libraryDir, locate(c[0]).configPath}), c);
 }
 
 TEST_F(LocatorTest, JavaHomeCandidates) {
-    Strings tried;
-    Trace trace = [&](std::string_view step, std::string_view detail) {
-        if (step == "JAVA_HOME candidate") tried.emplace_back(detail.substr(0, detail.find(':')));
-    };
+    std::string order;
+    for (const auto& p : {kSrv, kJreCli, kLibSrv, kLibCli}) order += "JAVA_HOME candidate " + p + ": cannot open\n";
     ::setenv("JAVA_HOME", "", 1);  // used as it is
-    locate("", &trace);
-    EXPECT_EQ(tried, (Strings{kSrv, kJreCli, kLibSrv, kLibCli}));
+    EXPECT_THAT(traceOf(""), HasSubstr(order));
 
     for (const auto& p : {kJreCli, kLibSrv, kLibCli}) file(p.substr(1));
-    ::setenv("JAVA_HOME", t_.c_str(), 1);
-    EXPECT_EQ(locate("").runtimePath, t_ + kJreCli);
     // Slashes pad the value to the limit without changing where it points.
     const std::string fits = t_ + std::string(4095 - kLibSrv.size() - t_.size(), '/');
-    ::setenv("JAVA_HOME", fits.c_str(), 1);
-    EXPECT_EQ(locate("").runtimePath, fits + kLibSrv);
-    ::setenv("JAVA_HOME", (fits + "/").c_str(), 1);
-    EXPECT_EQ(locate("").source, Location::Source::BareName);
+    for (const auto& [home, expected] : std::vector<std::pair<std::string, std::string>>{
+             {t_, t_ + kJreCli}, {fits, fits + kLibSrv}, {fits + "/", "libjvm.so"}}) {
+        ::setenv("JAVA_HOME", home.c_str(), 1);
+        EXPECT_EQ(locate("").runtimePath, expected);
+    }
 }
 
+// Run from the scratch directory, where relative link texts are read.
 TEST_F(LocatorTest, PathSearch) {
-    struct Case {
-        std::string path;
-        Strings files;
-        std::vector<Strings> links;
-        int rc;
-        std::string out;  // the runtime library, or the last path tried
-        bool inScratch = false;  // run from the scratch directory
-    };
+    // PATH (unset when absent), files, links, result, and the runtime library, the last path tried or
+    // the buffer untouched.
+    using Case = std::tuple<std::optional<std::string>, Strings, std::vector<Strings>, int, std::string>;
+    // Slashes pad an entry, or a link text, to 4095 bytes with "/java"; the dirname steps drop them.
+    const std::string pad(4095 - t_.size() - 10, '/'), untouched(kPathBuffer - 1, '#');
+    const Strings jdk = {"j/bin/java", kSrv.substr(1)};
     const std::vector<Case> cases = {
-        {"$T/o/jdk/bin", {"o/jdk/bin/java", "o" + kSrv, "o/jdk" + kSrv}, {}, 0, "$T/o" + kSrv},
+        {std::nullopt, {}, {}, -1, untouched}, {"", {}, {}, -1, untouched}, {":::", {}, {}, -1, untouched},
+        {t_ + "/" + pad + "j/bin", jdk, {}, -1, untouched},  // 4096 bytes with "/java"
+        {"$T/o/jdk/bin", {"o/jdk/bin/java", "o" + kSrv, "o" + kJreCli, "o/jdk" + kSrv}, {}, 0, "$T/o" + kSrv},
         {"$T/j/jre/bin", {"j/jre/bin/java", "j" + kJreCli, "j" + kLibSrv}, {}, 0, "$T/j" + kJreCli},
         {"$T/bin", {"jvm/j8/jre/bin/java", "jvm/j8" + kSrv},
          {{"bin/java", "$T/alt/java"}, {"alt/java", "$T/jvm/j8/jre/bin/java"}}, 0, "$T/jvm/j8" + kSrv},
         {"::$T/a::$T/b/x/y:$T/c/jre/bin:", {"a/java/f", "b/x/y/java", "c/jre/bin/java", "c" + kLibCli}, {},
          0, "$T/c" + kLibCli},
-        {"$T/b/x/y", {"b/x/y/java"}, {}, -1, "$T/b" + kLibCli},
-        {"$T/a:$T/b", {}, {}, -1, "$T/b/java"},
-        {"$T/a", {}, {{"a/java", "$T/gone"}}, -1, "$T/a/java"},
+        {"$T/b/x/y", {"b/x/y/java"}, {}, -1, "$T/b" + kLibCli}, {"$T/a:$T/b", {}, {}, -1, "$T/b/java"},
+        {"$T/a", {}, {{"a/java", "$T/gone"}}, -1, "$T/a/java"}, {"$T/a", {"d/f"}, {{"a/java", "$T/d"}}, -1, "$T/d"},
         {"$T/a", {}, {{"a/java", "$T/a/j2"}, {"a/j2", "$T/a/java"}}, -1, "$T/a/java"},
-        {"$T/a", {"d/f"}, {{"a/java", "$T/d"}}, -1, "$T/d"},
         // A relative link text is read from the working directory, not from the link's
         // own directory (which here holds a launcher without a library).
         {"$T/bin", {"bin/jdk/jre/bin/java", "jdk/jre/bin/java", "jdk" + kSrv}, {{"bin/java", "jdk/jre/bin/java"}},
-         0, "jdk" + kSrv, true},
+         0, "jdk" + kSrv},
         // Every link opens, yet read from the working directory they go round for ever.
-        {"$T/loop", {"loop/java2"}, {{"loop/java", "java2"}, {"java2", "loop/java"}}, -1, "loop/java", true},
+        {"$T/loop", {"loop/java2"}, {{"loop/java", "java2"}, {"java2", "loop/java"}}, -1, "loop/java"},
+        {t_ + pad + "j/bin", jdk, {}, 0, "$T" + kSrv},
+        {"$T/a", jdk, {{"a/java", t_ + pad + "j/bin/java"}}, 0, "$T" + kSrv},
     };
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        const Case& c = cases[i];
-        fs::remove_all(t_);
-        for (const auto& f : c.files) file(f);
-        for (const auto& l : c.links) link(l[0], l[1]);
-        fs::current_path(c.inScratch ? fs::path(t_) : cwd_);
-        std::string out;
-        EXPECT_EQ(search(out, c.path), c.rc) << "case " << i;
-        EXPECT_EQ(out, sub(c.out)) << "case " << i;
+    fs::current_path(t_);
+    for (const auto& [path, files, links, rc, expected] : cases) {
+        for (const auto& entry : fs::directory_iterator(t_)) fs::remove_all(entry);
+        for (const auto& f : files) file(f);
+        for (const auto& l : links) link(l[0], l[1]);
+        path ? ::setenv("PATH", sub(*path).c_str(), 1) : ::unsetenv("PATH");
+        std::string out = untouched + '\0';
+        EXPECT_EQ(findJavaInPath(out.data()), rc) << "PATH " << path.value_or("unset");
+        EXPECT_EQ(out.substr(0, out.find('\0')), sub(expected)) << "PATH " << path.value_or("unset");
     }
-}
-
-TEST_F(LocatorTest, PathLimitsAndUntouchedBuffer) {
-    // Slashes pad entry and link text to 4095 bytes; the dirname steps drop them.
-    file("j/bin/java");
-    file(kSrv.substr(1));
-    const std::string pad(4095 - t_.size() - 10, '/');
-    std::string out;
-    EXPECT_EQ(search(out, t_ + pad + "j/bin"), 0);
-    EXPECT_EQ(out, t_ + kSrv);
-    link("a/java", t_ + pad + "j/bin/java");
-    EXPECT_EQ(search(out, "$T/a"), 0);
-    EXPECT_EQ(out, t_ + kSrv);
-
-    const std::string tooLong = t_ + "/" + pad + "j/bin";  // 4096 bytes with "/java"
-    for (const auto& path : std::vector<std::optional<std::string>>{{}, "", ":::", tooLong}) {
-        path ? ::setenv("PATH", path->c_str(), 1) : ::unsetenv("PATH");
-        std::string buf(kPathBuffer - 1, '#');
-        EXPECT_EQ(findJavaInPath(buf.data()), -1);
-        EXPECT_EQ(buf, std::string(kPathBuffer - 1, '#'));
-    }
-    EXPECT_EQ(findJavaInPath(nullptr), -1);
+    EXPECT_EQ(findJavaInPath(nullptr), -1);  // with the last row's PATH, which leads to a launcher
 }
 
 TEST_F(LocatorTest, ModernCandidatesInOrderWithoutDuplicates) {
-    file("jdkA/bin/java");
-    file("jdkB/bin/java");
-    file("d/java/f");  // a directory is no launcher
+    for (const char* f : {"jdkA/bin/java", "jdkB/bin/java", "d/java/f"}) file(f);  // d/java: a directory, no launcher
     link("a/java", "$T/jdkA/bin/java");
     link("b/java", "../jdkB/bin/java");
     ::setenv("JAVA_HOME", sub("$T/jdkA/").c_str(), 1);
@@ -191,4 +161,40 @@ TEST_F(LocatorTest, ModernCandidatesInOrderWithoutDuplicates) {
     EXPECT_EQ(modernRuntimeCandidates(), Strings{fallback});
 }
 
-}  // namespace
+// A FIFO, a directory or a link to an endless device where the configuration file or a runtime
+// library candidate is expected counts as absent, with the reason traced, and never blocks.
+TEST_F(LocatorTest, IrregularFilesCountAsAbsent) {
+    // A configured path is kept even so: start-up refuses it.
+    file("lib/VelmoraDLL.conf", "JVMPATH=/dev/zero\n");
+    EXPECT_THAT(traceOf(t_ + "/lib/v.so"),
+                HasSubstr("/dev/zero (configuration file)\nruntime library not a regular file"));
+
+    const std::function<void(const std::string&)> makers[] = {
+        [](const std::string& p) { ASSERT_EQ(::mkfifo(p.c_str(), 0600), 0); },
+        [](const std::string& p) { fs::create_directory(p); },
+        [](const std::string& p) { fs::create_symlink("/dev/zero", p); },
+    };
+    const std::string home = t_ + "/home";
+    ::setenv("PATH", (home + "/jre/bin").c_str(), 1);
+    for (const auto& make : makers) {
+        // Odd: the configuration file and every layout of the home but the last. The home is
+        // JAVA_HOME, then that of the java on PATH.
+        fs::remove_all(t_);
+        for (const auto& f : Strings{"home/jre/bin/java", "home" + kLibCli}) file(f);
+        for (const auto& odd : Strings{"lib/VelmoraDLL.conf", "home" + kSrv, "home" + kJreCli, "home" + kLibSrv})
+            make(at(odd));
+        ::setenv("JAVA_HOME", home.c_str(), 1);
+        for (const std::string source : {"JAVA_HOME", "java on PATH"}) {
+            const std::string text = traceOf(t_ + "/lib/v.so");
+            for (const auto& why : {t_ + "/lib/VelmoraDLL.conf: not a regular file, skipped",
+                                    home + kSrv + ": not a regular file", home + kLibCli + " (" + source + ")"})
+                EXPECT_THAT(text, HasSubstr(why));
+            ::unsetenv("JAVA_HOME");
+        }
+        // A bare name is the loader's to search, whatever the working directory holds.
+        fs::current_path(home + "/jre/lib/amd64/server");
+        for (const auto& [name, irregular] : std::vector<std::pair<std::string, bool>>{
+                 {"libjvm.so", false}, {home + kSrv, true}, {home + kLibCli, false}, {t_ + "/absent", false}})
+            EXPECT_EQ(namesIrregularFile(name), irregular) << name;
+    }
+}
