@@ -25,7 +25,7 @@ TEST_F(PeachBridge, EachCallUsesTheMethodOfTheCurrentClassReference) {
     const jobject object = globalClass("java/lang/Object");  // has none of the methods
     const std::tuple<void **, const char *, int (*)(), int, const char *> cases[] = {
         {&cls, "velmora/user/ManagementImpl", [] { return velmora_ready(4); }, 0, "ready(I)I 4"},
-        {&cls, "velmora/user/ManagementImpl", [] { return velmora_getResultFiles(2, table::position(-1), nullptr, nullptr); },
+        {&cls, "velmora/user/ManagementImpl", [] { return velmora_getResultFiles(2, &(table::indexOut = -1), nullptr, nullptr); },
          -24, "getResultFileCount(I)I 2"},
         {&pwcls, "velmora/user/PeachWrapper", [] { return velmora_peach_setJobs(5, 9); }, 0, "setJobs(II)V 5, 9"},
     };

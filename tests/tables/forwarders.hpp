@@ -56,12 +56,10 @@ inline int withVaList(const std::function<int(va_list)> &call, int anchor, ...) 
     return result;
 }
 
-// An index slot for the indexed-name rows.
-inline int *position(int value) {
-    static int slot;
-    slot = value;
-    return &slot;
-}
+// The in/out index of the indexed-name rows: each call passes indexIn
+// (their lines expect 1) in the slot indexOut.
+inline int indexIn = 1, indexOut;
+inline int *index() { return &(indexOut = indexIn); }
 
 inline const char *kPool[] = {"p0", "p1", "p2", "p3", "p4"};
 // The strings every list row (every row of a String[] overload) passes:
@@ -169,7 +167,7 @@ inline std::vector<Row> forwarders() {
         {"isJobCompleted", CALL(velmora_isJobCompleted(7, (int64_t{1} << 32) + 5)), {{"isJobCompleted(IJ)Z 7, 4294967301", "true"}}, 1},
         {"getProjectDescription", CALL(velmora_getProjectDescription(7, OUT)), {{"getProjectDescription(I)" S " 7", "described"}}, 0, "described"},
         {"getProjectParamValue", CALL(velmora_getProjectParamValue(7, "k", OUT)), {{"getProjectParamValue(I" S ")" S " 7, \"k\"", "value"}}, 0, "value"},
-        {"getProjectParamName", CALL(velmora_getProjectParamName(7, position(1), OUT)), {{"getProjectParamCount(I)I 7", "3"}, {"getProjectParamName(II)" S " 7, 1", "param"}}, 0, "param"},
+        {"getProjectParamName", CALL(velmora_getProjectParamName(7, index(), OUT)), {{"getProjectParamCount(I)I 7", "3"}, {"getProjectParamName(II)" S " 7, 1", "param"}}, 0, "param"},
 
         INT_ROW(downloadResult, 80),
         {"downloadPartialResult", CALL(velmora_downloadPartialResult(7)), {{"downloadResult(IZ)I 7, true", "81"}}, 81},
@@ -181,8 +179,8 @@ inline std::vector<Row> forwarders() {
         INT_ROW(getStreamedResultFilesCount, 87),
         {"getResultDirectory", CALL(velmora_getResultDirectory(7, OUT)), {{"getResultDirectory(I)" S " 7", "/r"}}, 0, "/r"},
         {"getResultFile", CALL(velmora_getResultFile(7, OUT)), {{"getResultFile(I)" S " 7", "r.zip"}}, 0, "r.zip"},
-        {"getResultFiles", CALL(velmora_getResultFiles(7, position(0), OUT)), {{"getResultFileCount(I)I 7", "1"}, {"getResultFileName(II)" S " 7, 0", "f0"}}, 0, "f0"},
-        {"getStreamedResultFiles", CALL(velmora_getStreamedResultFiles(7, position(2), OUT)), {{"getStreamedResultFilesCount(I)I 7", "3"}, {"getStreamedResultFileName(II)" S " 7, 2", "s2"}}, 0, "s2"},
+        {"getResultFiles", CALL(velmora_getResultFiles(7, index(), OUT)), {{"getResultFileCount(I)I 7", "2"}, {"getResultFileName(II)" S " 7, 1", "f1"}}, 0, "f1"},
+        {"getStreamedResultFiles", CALL(velmora_getStreamedResultFiles(7, index(), OUT)), {{"getStreamedResultFilesCount(I)I 7", "3"}, {"getStreamedResultFileName(II)" S " 7, 1", "s1"}}, 0, "s1"},
         {"getUsedCpuTime", CALL(velmora_getUsedCpuTime(7)), {{"getUsedCpuTime(I)J 7", "-4294967296"}}, -4294967296LL},
         {"getUsedTime", CALL(velmora_getUsedTime(7)), {{"getUsedTime(I)J 7", "9223372036854775807"}}, INT64_MAX},
         {"getProjectStatistic", CALL(velmora_getProjectStatistic(7, "n", OUT)), {{"getProjectStatistic(I" S ")" S " 7, \"n\"", "stat"}}, 0, "stat"},

@@ -1,6 +1,7 @@
-// String results: every string function x the Java outcome x the caller's
-// capacity, with the function's rule for a null Java string (delivered as "",
-// or no text at all); the three indexed walks; and the bridge's own texts.
+// Strings both ways. Results: every string function x the Java outcome x the
+// caller's capacity, with the function's rule for a null Java string
+// (delivered as "", or no text at all); the three indexed walks; the bridge's
+// own texts. Lists: every form of every function that takes one.
 #include <cstring>
 
 #include "support/fixture.hpp"
@@ -9,6 +10,7 @@ namespace {
 
 using Fetch = int (*)(char *, std::size_t *);
 using Journal = std::vector<std::string>;
+std::string key(const std::string &line) { return line.substr(0, line.find(' ')); }
 
 struct Case {
     const char *outcome;  // "null" for a null Java string
@@ -46,7 +48,7 @@ TEST_F(StringResults, EveryFunctionOutcomeAndCapacity) {
         for (const Case &c : kCases) {
             SCOPED_TRACE(std::string(row.function) + " <- \"" + c.outcome + "\" into " + std::to_string(c.capacity));
             const bool noText = row.nullIsNoText && std::string(c.outcome) == "null";
-            sdk::script(line.substr(0, line.find(' ')), {c.outcome});
+            sdk::script(key(line), {c.outcome});
             Buffer b(c.capacity, c.noBytes, c.noLength);
             EXPECT_EQ(row.call(b), noText ? c.noTextStatus : c.status);
             EXPECT_EQ(b.len, noText ? c.noTextLen : c.len);
@@ -59,18 +61,10 @@ TEST_F(StringResults, EveryFunctionOutcomeAndCapacity) {
     }
 }
 
-// The count travels back through index on success and on -24 only; -23
-// leaves "" and the position asked for.
+// The indexed walks (the rows that reach a count and a name): the count
+// travels back through index on success and on -24 only; -23 leaves "" and
+// the position asked for.
 TEST_F(StringResults, IndexedNamesReportCountAndBoundaries) {
-    using Walk = int (*)(int *, char *, size_t *);
-    const std::tuple<const char *, const char *, Walk> collections[] = {
-        {"getProjectParamCount", "getProjectParamName",
-         [](int *i, char *b, size_t *l) { return velmora_getProjectParamName(5, i, b, l); }},
-        {"getResultFileCount", "getResultFileName",
-         [](int *i, char *b, size_t *l) { return velmora_getResultFiles(5, i, b, l); }},
-        {"getStreamedResultFilesCount", "getStreamedResultFileName",
-         [](int *i, char *b, size_t *l) { return velmora_getStreamedResultFiles(5, i, b, l); }},
-    };
     struct Step {
         const char *countIs, *nameIs;
         int index;
@@ -92,31 +86,33 @@ TEST_F(StringResults, IndexedNamesReportCountAndBoundaries) {
         {"3", "throw", 2, 64, VELMORA_STATUS_JAVA_EXCEPTION, 2, 64, nullptr},
         {"throw", "name-one", 2, 64, VELMORA_STATUS_JAVA_EXCEPTION, 2, 64, nullptr},
     };
-    for (const auto &[count, name, walk] : collections) {
+    for (const table::Row &row : table::forwarders()) {
+        if (row.reached.size() != 2) continue;
+        const std::string count = key(row.reached[0].line), name = key(row.reached[1].line);
         for (const Step &s : steps) {
-            SCOPED_TRACE(std::string(name) + " at " + std::to_string(s.index) + " of " + s.countIs);
+            SCOPED_TRACE(name + " at " + std::to_string(s.index) + " of " + s.countIs);
             sdk::script(count, {s.countIs});
             sdk::script(name, {s.nameIs});
             Buffer b(s.capacity);
-            int index = s.index;
-            EXPECT_EQ(walk(&index, b.bytes, &b.len), s.status);
-            EXPECT_EQ(index, s.indexAfter);
+            table::indexIn = s.index;
+            EXPECT_EQ(row.call(b), s.status);
+            EXPECT_EQ(table::indexOut, s.indexAfter);
             EXPECT_EQ(b.len, s.lenAfter);
             EXPECT_EQ(b.untouched(), s.text == nullptr);
             if (s.text) {
                 EXPECT_EQ(b.text(), s.text);
             }
-            Journal expected = {std::string(count) + "(I)I 5"};
+            Journal expected = {row.reached[0].line};
             if (s.status != kOutOfRange && std::string(s.countIs) != "throw")
-                expected.push_back(std::string(name) + "(II)Ljava/lang/String; 5, " + std::to_string(s.index));
+                expected.push_back(name + " 7, " + std::to_string(s.index));
             EXPECT_EQ(sdk::journal(), expected);
         }
-        sdk::script(count, {"3"});  // a null index pointer reads as out of range
-        Buffer b(64);
-        EXPECT_EQ(walk(nullptr, b.bytes, &b.len), kOutOfRange) << name;
-        EXPECT_EQ(b.len, 1u) << name;
-        sdk::journal();
     }
+    table::indexIn = 1;
+    sdk::script("getResultFileCount(I)I", {"3"});
+    Buffer b(64);  // a null index pointer reads as out of range
+    EXPECT_EQ(velmora_getResultFiles(5, nullptr, b.bytes, &b.len), kOutOfRange);
+    EXPECT_EQ(b.len, 1u);
 }
 
 // Java system properties come from the running machine, by the no-text rule;
@@ -171,6 +167,78 @@ TEST(BridgeTexts, BuiltInStatusTextsAndTheNotInitialisedText) {
         EXPECT_EQ(room.len, 54u);
         EXPECT_EQ(std::string(room.bytes, 55), std::string("No Error Message available; Java is not initialized.\0\0#", 55));
     }
+}
+
+// String lists in every form (variadic, va_list, array) of every function
+// that takes them, the list rows of the forwarding table: each form reads
+// exactly `count` strings, in order, with null elements arriving as null
+// slots; lists that cannot be read are refused before Java.
+using Pool = const char *const *;
+const char *kWithNulls[] = {"a", nullptr, "", "d\ne", nullptr};
+
+// The journal's rendering of pool[from, to).
+std::string render(Pool pool, int from, int to) {
+    std::string out = "[";
+    for (int i = from; i < to; ++i) {
+        std::string text = pool[i] ? "\"" + std::string(pool[i]) + "\"" : "null";
+        if (text.find('\n') != std::string::npos) text.replace(text.find('\n'), 1, "\\n");
+        out += (i == from ? "" : ", ") + text;
+    }
+    return out + "]";
+}
+
+class StringLists : public PeachBridge {};
+
+TEST_F(StringLists, EveryFormReadsExactlyItsCountWithNullElements) {
+    for (const table::Row &row : table::forwarders()) {
+        const std::string &line = row.reached[0].line, function = row.function;
+        if (line.find("[Ljava/lang/String;") == std::string::npos) continue;
+        const bool twoLists = line.find("], [") != std::string::npos;
+        for (Pool pool : {static_cast<Pool>(table::kPool), static_cast<Pool>(kWithNulls)}) {
+            for (int count : {0, 1, 3}) {
+                table::listCount = count;
+                table::listPool = pool;
+                Buffer b(64);
+                EXPECT_GE(row.call(b), 0) << function << " " << count;
+                const std::string lists = twoLists ? render(pool, 0, 2) + ", " + render(pool, 2, 2 + count)
+                                                   : render(pool, 0, count);
+                const std::size_t from = line.find('[', line.find(' ')), to = line.rfind(']') + 1;
+                EXPECT_EQ(sdk::lastCall(), line.substr(0, from) + lists + line.substr(to));
+            }
+        }
+        // Refused before Java: a negative count, or no array for a positive count.
+        Buffer b(64);
+        table::listCount = -1;
+        EXPECT_EQ(row.call(b), VELMORA_STATUS_JAVA_EXCEPTION) << function;
+        table::listCount = 3;
+        table::listPool = nullptr;
+        if (function.back() == '3') {
+            EXPECT_EQ(row.call(b), VELMORA_STATUS_JAVA_EXCEPTION) << function;
+        }
+        table::listPool = table::kPool;
+        EXPECT_TRUE(sdk::journal().empty()) << function;
+    }
+    // Nothing to read needs no array; a negative first count of two never
+    // moves the second list outside the caller's array.
+    EXPECT_EQ(velmora_createJob3(7, 0, nullptr), 0);
+    EXPECT_EQ(sdk::lastCall(), "createJob(I" SA ")I 7, []");
+    EXPECT_EQ(velmora_createBundle3(3, T9, -2, 3, table::kPool), VELMORA_STATUS_JAVA_EXCEPTION);
+    EXPECT_TRUE(sdk::journal().empty());
+}
+
+// A va_list form reads exactly its strings and leaves the caller's list just past them.
+const char *stringAfterTwoLists(int count1, int count2, ...) {
+    va_list ap;
+    va_start(ap, count2);
+    velmora_createBundle2(1, T9, count1, count2, ap);
+    const char *next = va_arg(ap, const char *);
+    va_end(ap);
+    return next;
+}
+
+TEST_F(StringLists, VaListFormsLeaveTheCallersListPastTheirStrings) {
+    EXPECT_STREQ(stringAfterTwoLists(1, 2, "a", "b", "c", "after"), "after");
+    EXPECT_STREQ(stringAfterTwoLists(0, 0, "after"), "after");
 }
 
 }  // namespace
