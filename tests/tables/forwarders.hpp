@@ -132,11 +132,9 @@ inline std::vector<Row> forwarders() {
         {"bundleExists", CALL(velmora_bundleExists("b")), {{"bundleExists(" S ")Z \"b\"", "true"}}, 1},
         {"bundleVersionExists", CALL(velmora_bundleVersionExists("b", "v")), {{"bundleVersionExists(" S S ")Z \"b\", \"v\"", "true"}}, 1},
         {"bundleWithPrefixExists", CALL(velmora_bundleWithPrefixExists("b", "p")), {{"bundleExists(" S S ")Z \"b\", \"p\"", "true"}}, 1},
-        {"useBundle", CALL(velmora_useBundle(4, "b")), {{"useBundle(I" S ")I 4, \"b\"", "46"}}, 46},
         {"useBundleWithPrefix", CALL(velmora_useBundleWithPrefix(4, "b", "p")), {{"useBundle(I" S S ")I 4, \"b\", \"p\"", "47"}}, 47},
 
         {"setBundleId", CALL(velmora_setBundleId(4, 9)), {{"setBundleId(II)I 4, 9", "49"}}, 49},
-        {"getLastCreatedBundleName", CALL(velmora_getLastCreatedBundleName(4, OUT)), {{"getLastCreatedBundleName(I)" S " 4", "last.bundle"}}, 0, "last.bundle", true},
         {"signJar", CALL(velmora_signJar("j", "k")), {{"signJar(" S S ")I \"j\", \"k\"", "50"}}, 50},
 
 
@@ -154,42 +152,40 @@ inline std::vector<Row> forwarders() {
         FORMS(createSignedBundle, sealed, 42, 3, T9, "t10", "t11", 2), FORMS(createProject, project, 51, 7, 8, "t"),
         FORMS(peach, "peach(" SA ")I " P2, 90),
 #define INT_ROW(name, value) {#name, CALL(velmora_##name(7)), {{#name "(I)I 7", #value}}, value}
+#define BOOL_ROW(name, value) {#name, CALL(velmora_##name(7)), {{#name "(I)Z 7", #value}}, value}
+#define DIR_ROW(name, value) {#name, CALL(velmora_##name(7, "d")), {{#name "(I" S ")I 7, \"d\"", #value}}, value}
+#define TEXT_ROW(name, text, noText) {#name, CALL(velmora_##name(7, OUT)), {{#name "(I)" S " 7", text}}, 0, text, noText}
         INT_ROW(flushCachedJobs, 60), INT_ROW(markAllJobsCreated, 61), INT_ROW(addUserClientsToProject, 62),
         INT_ROW(startProject, 63), INT_ROW(stopProject, 64), INT_ROW(removeProject, 65), INT_ROW(waitCompletion, 66),
         INT_ROW(waitCompletionBG, 67), INT_ROW(getProjectId, 68), INT_ROW(getProjectStatus, 69),
-        INT_ROW(getProjectParamCount, 70), INT_ROW(close, 1), INT_ROW(getLastError, 2), INT_ROW(stopWaitingBG, 5),
+        INT_ROW(getProjectParamCount, 70), TEXT_ROW(getProjectDescription, "described", false),
+        TEXT_ROW(getResultDirectory, "/r", false), TEXT_ROW(getResultFile, "r.zip", false),
+        TEXT_ROW(getStatisticsString, "stats", true), TEXT_ROW(peachNextFile, "next", true),
+        TEXT_ROW(getLastCreatedBundleName, "last.bundle", true), DIR_ROW(setDownloadDir, 82), DIR_ROW(setUnzipDir, 83),
+        DIR_ROW(useBundle, 46), BOOL_ROW(isCompleted, true), BOOL_ROW(isFailed, false), INT_ROW(close, 1), INT_ROW(getLastError, 2), INT_ROW(stopWaitingBG, 5),
         INT_ROW(uploadBundle, 43), INT_ROW(approveUploadedBundles, 45), INT_ROW(getBundleId, 48),
         {"cleanup", CALL(velmora_cleanup(7, 8)), {{"cleanup(II)I 7, 8", "71"}}, 71},
         {"setProjectId", CALL(velmora_setProjectId(7, 8)), {{"setProjectId(II)I 7, 8", "72"}}, 72},
         {"sendJobPostParameter", CALL(velmora_sendJobPostParameter(7, INT64_MIN, "t")), {{"sendJobPostParameter(IJ" S ")I 7, -9223372036854775808, \"t\"", "73"}}, 73},
-        {"isCompleted", CALL(velmora_isCompleted(7)), {{"isCompleted(I)Z 7", "true"}}, 1},
-        {"isFailed", CALL(velmora_isFailed(7)), {{"isFailed(I)Z 7", "false"}}, 0},
         {"isJobCompleted", CALL(velmora_isJobCompleted(7, (int64_t{1} << 32) + 5)), {{"isJobCompleted(IJ)Z 7, 4294967301", "true"}}, 1},
-        {"getProjectDescription", CALL(velmora_getProjectDescription(7, OUT)), {{"getProjectDescription(I)" S " 7", "described"}}, 0, "described"},
         {"getProjectParamValue", CALL(velmora_getProjectParamValue(7, "k", OUT)), {{"getProjectParamValue(I" S ")" S " 7, \"k\"", "value"}}, 0, "value"},
         {"getProjectParamName", CALL(velmora_getProjectParamName(7, index(), OUT)), {{"getProjectParamCount(I)I 7", "3"}, {"getProjectParamName(II)" S " 7, 1", "param"}}, 0, "param"},
 
         INT_ROW(downloadResult, 80),
         {"downloadPartialResult", CALL(velmora_downloadPartialResult(7)), {{"downloadResult(IZ)I 7, true", "81"}}, 81},
-        {"setDownloadDir", CALL(velmora_setDownloadDir(7, "d")), {{"setDownloadDir(I" S ")I 7, \"d\"", "82"}}, 82},
-        {"setUnzipDir", CALL(velmora_setUnzipDir(7, "d")), {{"setUnzipDir(I" S ")I 7, \"d\"", "83"}}, 83},
         INT_ROW(unzip, 84),
         {"unzipFile", CALL(velmora_unzipFile("a", "b", "c")), {{"unzipFile(" S S S ")I \"a\", \"b\", \"c\"", "85"}}, 85},
         {"setStreamResults", CALL(velmora_setStreamResults(7, 0)), {{"setStreamResults(IZ)I 7, false", "86"}}, 86},
         INT_ROW(getStreamedResultFilesCount, 87),
-        {"getResultDirectory", CALL(velmora_getResultDirectory(7, OUT)), {{"getResultDirectory(I)" S " 7", "/r"}}, 0, "/r"},
-        {"getResultFile", CALL(velmora_getResultFile(7, OUT)), {{"getResultFile(I)" S " 7", "r.zip"}}, 0, "r.zip"},
         {"getResultFiles", CALL(velmora_getResultFiles(7, index(), OUT)), {{"getResultFileCount(I)I 7", "2"}, {"getResultFileName(II)" S " 7, 1", "f1"}}, 0, "f1"},
         {"getStreamedResultFiles", CALL(velmora_getStreamedResultFiles(7, index(), OUT)), {{"getStreamedResultFilesCount(I)I 7", "3"}, {"getStreamedResultFileName(II)" S " 7, 1", "s1"}}, 0, "s1"},
         {"getUsedCpuTime", CALL(velmora_getUsedCpuTime(7)), {{"getUsedCpuTime(I)J 7", "-4294967296"}}, -4294967296LL},
         {"getUsedTime", CALL(velmora_getUsedTime(7)), {{"getUsedTime(I)J 7", "9223372036854775807"}}, INT64_MAX},
         {"getProjectStatistic", CALL(velmora_getProjectStatistic(7, "n", OUT)), {{"getProjectStatistic(I" S ")" S " 7, \"n\"", "stat"}}, 0, "stat"},
         {"printStatistics", CALL(velmora_printStatistics(7)), {{"printStatistics(I)V 7", ""}}, 0},
-        {"getStatisticsString", CALL(velmora_getStatisticsString(7, OUT)), {{"getStatisticsString(I)" S " 7", "stats"}}, 0, "stats", true},
 
 
 
-        {"peachNextFile", CALL(velmora_peachNextFile(7, OUT)), {{"peachNextFile(I)" S " 7", "next"}}, 0, "next", true},
         {"peachDone", CALL(velmora_peachDone(7)), {{"peachDone(I)V 7", ""}}, 0},
 
 // Peach setters named as their Java method, taking one text, two texts, a flag or an int.
@@ -199,6 +195,7 @@ inline std::vector<Row> forwarders() {
 #define P_FLAG(name, flag) {"peach_" #name, CALL(velmora_peach_##name(5, flag)), {{#name "(IZ)V 5, " #flag, ""}}, 0}
 #define P_INT(name, n) {"peach_" #name, CALL(velmora_peach_##name(5, n)), {{#name "(II)V 5, " #n, ""}}, 0}
 #define PEACH(name, args, line) {"peach_" #name, CALL(velmora_peach_##name args), {{line, ""}}, 0}
+#define P_RESULT(name, value) {"peach_" #name, CALL(velmora_peach_##name(5)), {{#name "(I)I 5", #value}}, value}
 #define P_FORMS(stem, line, ...)                                                                      \
     {"peach_" #stem, CALL(velmora_peach_##stem(__VA_ARGS__, listCount, POOL)), {{#stem line, ""}}, 0}, \
         {"peach_" #stem "3", CALL(velmora_peach_##stem##3(__VA_ARGS__, listCount, ARRAY)), {{#stem line, ""}}, 0}
@@ -214,10 +211,9 @@ inline std::vector<Row> forwarders() {
         P_FLAG(setClose, true), P_FLAG(setStream, false), P_FLAG(setExeSkipDigest, true), P_FLAG(setDataCopy, true),
         P_FLAG(setDataSkipDigest, false), P_FLAG(setJobSkipDigest, true), P_FLAG(setParamSkipDigest, false),
         P_FLAG(setParamCopy, true), P_INT(setProjectId, -4), P_INT(setJobs, 12), P_INT(postProcessed, 4),
+        P_RESULT(getProjectHandle, -42), P_RESULT(getProjectId, 91), P_RESULT(execute, -3),
         PEACH(setPriorityI, (5, 3), "setPriority(II)V 5, 3"), P_FORMS(setJobFileNames, "(I" SA ")V 5, " P2, 5),
         P_FORMS(addJobFile, "(I" SA ")V 5, " P2, 5), P_FORMS(addJobFileWithDir, "(I" S SA ")V 5, \"dir\", " P2, 5, "dir"),
-        {"peach_getProjectHandle", CALL(velmora_peach_getProjectHandle(5)), {{"getProjectHandle(I)I 5", "-42"}}, -42},
-        {"peach_getProjectId", CALL(velmora_peach_getProjectId(5)), {{"getProjectId(I)I 5", "91"}}, 91},
         {"peach_sourcesChanged", CALL(velmora_peach_sourcesChanged(5)), {{"sourcesChanged(I)Z 5", "true"}}, 1},
         PEACH(addExeFile, (5, "a", "b", "c", "d"), "addExeFile(I" S S S S ")V 5, \"a\", \"b\", \"c\", \"d\""),
         PEACH(newDataBundle, (5), "newDataBundle(I)V 5"),
@@ -229,7 +225,6 @@ inline std::vector<Row> forwarders() {
 
 
         PEACH(addParamFileWithTarget, (5, "p.txt", "cfg"), "addParamFile(I" S S ")V 5, \"p.txt\", \"cfg\""),
-        {"peach_execute", CALL(velmora_peach_execute(5)), {{"execute(I)I 5", "-3"}}, -3},
         {"peach_nextFile", CALL(velmora_peach_nextFile(5, OUT)), {{"nextFile(I)" S " 5", "f.out"}}, 0, "f.out", true},
         PEACH(done, (5), "done(I)V 5"),
         {"peach_getLastErrorMessage", CALL(velmora_peach_getLastErrorMessage(5, OUT)), {{"getLastErrorMessage(I)" S " 5", "boom"}}, 0, "boom", true},
@@ -248,6 +243,10 @@ inline std::vector<Row> forwarders() {
 #undef TEXT
 #undef FFFD
 #undef INT_ROW
+#undef BOOL_ROW
+#undef DIR_ROW
+#undef TEXT_ROW
+#undef P_RESULT
 #undef LIST_STEM
 #undef FORMS
 #undef ARRAY
