@@ -1,5 +1,5 @@
 // The bridge's state over its life: initialisers replacing the management
-// object, unloading and the peach wrapper, plug-ins.
+// object, unloading and the peach wrapper, plug-ins, the result callback.
 #include <thread>
 
 #include "support/fixture.hpp"
@@ -57,8 +57,7 @@ TEST_F(PeachBridge, UnloadDropsThePeachWrapperAndKeepsTheManagementObject) {
             sdk::script(method, {outcome});
             EXPECT_EQ(unload(), outcome[0] == '0' ? 0 : VELMORA_STATUS_JAVA_EXCEPTION);
             EXPECT_EQ(velmora_peach_done(5), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
-            EXPECT_EQ(pwobj, nullptr);
-            EXPECT_EQ(pwcls, nullptr);
+            EXPECT_TRUE(!pwobj && !pwcls);
         }
     }
     for (const std::string &call : sdk::journal()) EXPECT_NE(call, "<init>()V");  // no new management object
@@ -74,7 +73,6 @@ TEST_F(Bridge, PeachWrapperFetchedOnceKeptGloballyAndRetriedAfterFailures) {
     sdk::script("get", {"5", "-7"});
     EXPECT_EQ(velmora_peach_handle(), VELMORA_STATUS_JAVA_EXCEPTION);
     EXPECT_EQ(velmora_peach_handle(), VELMORA_STATUS_INIT_FAILED);
-    EXPECT_EQ(pwobj, nullptr);
     EXPECT_EQ(velmora_peach_done(5), VELMORA_STATUS_JAVA_NOT_INITIALIZED);
     EXPECT_EQ(sdk::journal(), (Journal{kGetWrapper, kGetWrapper}));
     // The retry succeeds; later calls ask only for a handle, whatever it is.
@@ -109,6 +107,46 @@ TEST_F(Bridge, Plugins) {
     sdk::script("getPluginClass", {"throw"});
     EXPECT_EQ(velmora_getPluginClass("p"), nullptr);
     EXPECT_FALSE(threadEnv()->ExceptionCheck());
+}
+
+// Intermediate results reach the host's callback through the registered
+// native method (delivery from Java threads while the host re-registers is
+// tested through the C++ interface); null callbacks and null texts drop them;
+// failed registrations and unloads keep the previous callback.
+using Texts = std::vector<std::string>;
+
+// What each host callback received.
+Texts inboxes[3];
+template <int N> void receive(const char *text) { inboxes[N].emplace_back(text); }
+Texts take(int n) { return std::exchange(inboxes[n], {}); }
+const velmora_intermediate_callback kCallbacks[] = {receive<0>, receive<1>, receive<2>};
+
+class PeachResults : public PeachBridge {};
+
+TEST_F(PeachResults, NullCallbacksAndNullTextsAreDroppedAndFailuresKeepTheCallback) {
+    ASSERT_EQ(velmora_peach_setIntermediateResultHandler(handle, kCallbacks[0]), 0);
+    EXPECT_EQ(velmora_peach_intermediate_callback_fun, kCallbacks[0]);
+    sdk::fire("one");
+    sdk::fire(nullptr);  // a null Java string is skipped, never read
+    sdk::fire("");
+    EXPECT_EQ(take(0), (Texts{"one", ""}));
+    ASSERT_EQ(velmora_peach_setIntermediateResultHandler(handle, nullptr), 0);
+    sdk::fire("dropped");
+    EXPECT_EQ(take(0), Texts{});
+    // One pointer for the whole process: any description's handler delivers
+    // to the callback registered last.
+    ASSERT_EQ(velmora_peach_setIntermediateResultHandler(handle + 1, kCallbacks[1]), 0);
+    sdk::fire("Grüße\nzwei");
+    EXPECT_EQ(take(1), Texts{"Grüße\nzwei"});
+    sdk::script("setIntermediateResultHandler", {"throw"});
+    EXPECT_EQ(velmora_peach_setIntermediateResultHandler(handle, kCallbacks[2]), -13);
+    EXPECT_EQ(velmora_peach_intermediate_callback_fun, kCallbacks[1]);
+    // An unload forgets the wrapper but not the callback.
+    ASSERT_EQ(velmora_unload(0), 0);
+    EXPECT_EQ(velmora_peach_setIntermediateResultHandler(handle, kCallbacks[2]), -11);
+    sdk::fire("after unload");
+    EXPECT_EQ(take(1), Texts{"after unload"});
+    EXPECT_EQ(take(2), Texts{});
 }
 
 }  // namespace

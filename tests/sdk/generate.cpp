@@ -24,15 +24,13 @@ const std::string MI = "velmora.user.ManagementImpl", PW = "velmora.user.PeachWr
 
 // Besides the table: the natural value of an object result, or a
 // constructor's statement after it journaled itself.
-const std::pair<const std::string, std::string> kWrapper = {"getPeachWrapper()Lvelmora/user/PeachWrapper;",
-                                                            "new PeachWrapper()"};
 const Members kDouble = {
     {MI,
      {{"<init>()V", ""}, {"initFile()I", ""}, {"initFile(" S ")I", ""}, {"initFile(" S S ")I", ""},
       {"init(" S S S S "I" S S "II" S S ")I", ""},
       {"getPlugin(" S ")Lvelmora/user/VelmoraManagerPlugin;", "new VelmoraManagerPlugin()"},
       {"getPluginClass(" S ")Ljava/lang/Class;", "VelmoraManagerPlugin.class"},
-      kWrapper}},
+      {"getPeachWrapper()Lvelmora/user/PeachWrapper;", "new PeachWrapper()"}}},
     {PW, {{"get()I", ""}}},
 };
 const std::tuple<std::string, std::vector<std::string>, Members> kVariants[] = {
@@ -40,8 +38,6 @@ const std::tuple<std::string, std::vector<std::string>, Members> kVariants[] = {
     {"no-constructor", {PW}, {{MI, {{"<init>(I)V", ""}}}}},
     {"no-initializer", {PW}, {{MI, {{"<init>()V", ""}}}}},
     {"constructor-throws", {PW}, {{MI, {{"<init>()V", "throw new IllegalStateException(\"refused\");"}, {"initFile()I", ""}}}}},
-    // start-up and a peach handle work; every other method is missing
-    {"bare", {}, {{MI, {{"<init>()V", ""}, {"initFile()I", ""}, kWrapper}}, {PW, {{"get()I", ""}}}}},
     {"peach-missing", {PW, NFC}, {}},  // getPeachWrapper declared, its class absent
     {"handler-missing", {NFC}, {}},    // the peach wrapper fine, the handler class absent
 };

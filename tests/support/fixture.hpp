@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <jni.h>
 
+#include <atomic>
+
 #include "support/sdk_control.hpp"
 #include "tables/forwarders.hpp"
 
@@ -14,6 +16,17 @@ inline JNIEnv *threadEnv() {
     JavaVM *vm = velmora_getJavaVM();
     return vm && vm->GetEnv(reinterpret_cast<void **>(&e), JNI_VERSION_1_6) == JNI_OK ? e : nullptr;
 }
+
+// A global reference to the class `name`.
+inline jobject globalClass(const char *name) {
+    jclass local = threadEnv()->FindClass(name);
+    jobject global = threadEnv()->NewGlobalRef(local);
+    threadEnv()->DeleteLocalRef(local);
+    return global;
+}
+
+// How a host points an exported reference elsewhere while calls may run.
+inline void point(void *&slot, void *value) { std::atomic_ref(slot).store(value); }
 
 class Bridge : public ::testing::Test {
 protected:
