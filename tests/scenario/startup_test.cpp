@@ -63,8 +63,8 @@ struct Scenario {
 // path) and whether the runtime library stays loaded; the results of
 // velmora_initJava (on a thread that ends before the rest), of the first
 // initialiser, of each initialiser after it (and of start-up again when nothing
-// is kept), and of a management call at the end (only an object answers); then
-// the row's own checks once started.
+// is kept), and of a management call at the end (only an object answers),
+// which comes after the row's own checks.
 struct Case {
     const char *name, *sdk = VELMORA_TEST_LIB_DIR, *config = "", *javaHome = JDK, *path = "@/bin", *printed = "";
     bool host = false, loaded = true;
@@ -165,6 +165,7 @@ TEST_P(Startup, ReachesItsState) {
     // Start-up prints the loader's text, a line at a time.
     EXPECT_TRUE(out.find(s.at(c.printed)) != out.npos && (out.empty() || out.back() == '\n')) << out;
     EXPECT_EQ(*s.symbol<void *>("jvmlibHandle") != nullptr, c.loaded);
+    if (c.then) c.then(s);  // before the management call, which must still answer
     EXPECT_EQ(VELMORA_FN(s, velmora_open)(), c.open);
     EXPECT_EQ(*s.symbol<void *>("cls") != nullptr, kept);
     JNIEnv *jenv = VELMORA_FN(s, velmora_getJNIEnv)();
@@ -180,7 +181,6 @@ TEST_P(Startup, ReachesItsState) {
     jobject now = jenv->CallStaticObjectMethod(rt, jenv->GetStaticMethodID(rt, "getRuntime", "()Ljava/lang/Runtime;"));
     const jlong max = jenv->CallLongMethod(now, jenv->GetMethodID(rt, "maxMemory", "()J"));
     EXPECT_EQ(max > 100LL << 20 && max <= 128LL << 20, !c.host) << max;
-    if (c.then) c.then(s);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, Startup, testing::ValuesIn(kCases), [](const auto &i) { return i.param.name; });
