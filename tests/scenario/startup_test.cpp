@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <regex>
 
 #include "velmora.h"
 
@@ -22,14 +23,13 @@ constexpr int kNoRuntime = VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
 
 // The scenario's copy of an exported function, typed from the header.
 #define VELMORA_FN(scenario, name) (scenario).symbol<decltype(name)>(#name)
+// The directory of an SDK variant's jar.
+#define SDK(name) VELMORA_TEST_VARIANTS_DIR "/" name
 
 struct Scenario {
-    // `variant` names a jar of build/sdk-variants, the double itself when empty.
-    explicit Scenario(const std::string &variant, const std::string &config = {}) {
-        char pattern[] = "/tmp/velmora-scenario-XXXXXX";
-        dir = mkdtemp(pattern);
+    // `sdk` is the directory of the velmora.jar to use.
+    explicit Scenario(const std::string &sdk, const std::string &config) {
         fs::copy_file(fs::canonical(VELMORA_TEST_LIB_DIR "/libvelmora.so"), dir / "libvelmora.so");
-        const std::string sdk = variant.empty() ? VELMORA_TEST_LIB_DIR : VELMORA_TEST_VARIANTS_DIR "/" + variant;
         fs::copy_file(sdk + "/velmora.jar", dir / "velmora.jar");
         if (!config.empty()) std::ofstream(dir / "VelmoraDLL.conf") << at(config);
         fs::current_path(dir.parent_path());
@@ -40,46 +40,46 @@ struct Scenario {
     ~Scenario() { fs::remove_all(dir); }
 
     // `text` with every "@" replaced by the scenario's directory.
-    std::string at(std::string text) const {
-        for (size_t i; (i = text.find('@')) != std::string::npos;) text.replace(i, 1, dir.string());
-        return text;
-    }
+    std::string at(const std::string &text) const { return std::regex_replace(text, std::regex("@"), dir.string()); }
 
     template <class F> F *symbol(const char *name) const { return reinterpret_cast<F *>(dlsym(handle, name)); }
 
     std::string property(const char *name) const {
         char buf[4096];
         size_t len = sizeof buf;
-        const int status = VELMORA_FN(*this, velmora_getJavaSystemProperty)(name, buf, &len);
-        return status ? "<status " + std::to_string(status) + ">" : len == 0 ? "<none>" : std::string(buf);
+        return VELMORA_FN(*this, velmora_getJavaSystemProperty)(name, buf, &len) ? "<failed>" : len ? buf : "<none>";
     }
 
-    fs::path dir;
+    fs::path dir = mkdtemp(std::string("/tmp/velmora-scenario-XXXXXX").data());
     void *handle = nullptr;
 };
 
-// A scenario: its SDK variant, VelmoraDLL.conf, JAVA_HOME and PATH ("@" is the
+// A scenario: its SDK, VelmoraDLL.conf, JAVA_HOME and PATH ("@" is the
 // scenario's directory, where the runner lays out bin/java, a link to the JDK's
-// launcher; fake/, a JDK whose runtime library lacks an entry point; fifo/, with
-// FIFOs where runtime libraries are looked for), then what is expected.
+// launcher; fake/, a JDK whose launcher and runtime library are a library that
+// lacks an entry point; fifo/, with FIFOs where runtime libraries are looked
+// for), then what is expected: a text start-up prints on standard output;
+// whether the host creates its own machine first (with only the library's class
+// path) and whether the runtime library stays loaded; the results of
+// velmora_initJava (on a thread that ends before the rest), of the first
+// initialiser, of each initialiser after it (and of start-up again when nothing
+// is kept), and of a management call at the end (only an object answers),
+// which comes after the row's own checks.
 struct Case {
-    const char *name, *variant = "", *config = "", *javaHome = JDK, *path = "@/bin";
-    const char *printed = "";  // a text start-up prints on standard output
-    bool loaded = true;        // the runtime library stays loaded
-    int startup = 0;           // velmora_initJava, on a thread that ends before the rest
-    int init = startup;        // the first initialiser
-    int again = init;          // each initialiser after it
-    int open = again ? kUnready : 0;  // a management call at the end: only an object answers
+    const char *name, *sdk = VELMORA_TEST_LIB_DIR, *config = "", *javaHome = JDK, *path = "@/bin", *printed = "";
+    bool host = false, loaded = true;
+    int startup = 0, init = startup, again = init, open = again ? kUnready : 0;
+    void (*then)(const Scenario &) = {};
 };
 
 const Case kCases[] = {
     // A destroyed machine cannot be created again in this process.
-    {.name = "MissingManagementClass", .variant = "missing-class", .startup = kNoMethod, .init = kUnready},
+    {.name = "MissingManagementClass", .sdk = SDK("missing-class"), .startup = kNoMethod, .init = kUnready},
     // The machine is destroyed although the thread that started it has ended.
-    {.name = "NoConstructor", .variant = "no-constructor", .init = VELMORA_STATUS_NO_CONSTRUCTOR, .again = kUnready},
-    {.name = "ConstructorThrows", .variant = "constructor-throws", .init = VELMORA_STATUS_INIT_FAILED},
+    {.name = "NoConstructor", .sdk = SDK("no-constructor"), .init = VELMORA_STATUS_NO_CONSTRUCTOR, .again = kUnready},
+    {.name = "ConstructorThrows", .sdk = SDK("constructor-throws"), .init = VELMORA_STATUS_INIT_FAILED},
     // The object exists without its initialiser: calls reach it and miss their methods.
-    {.name = "NoInitializer", .variant = "no-initializer", .init = VELMORA_STATUS_NO_INITIALIZER, .open = kNoMethod},
+    {.name = "NoInitializer", .sdk = SDK("no-initializer"), .init = VELMORA_STATUS_NO_INITIALIZER, .open = kNoMethod},
     {.name = "ConfiguredRuntimeMissing", .config = "JVMPATH=/nonexistent/libjvm.so\n",
      .printed = "/nonexistent/libjvm.so", .loaded = false, .startup = kNoRuntime},
     {.name = "RuntimeWithoutAnEntryPoint", .config = "JVM64PATH=" VELMORA_TEST_FAKE_JVM "\n",
@@ -95,6 +95,31 @@ const Case kCases[] = {
     // JAVA_HOME is tried before PATH, whose JDK here cannot start anything.
     {.name = "JavaHomeBeforePath", .path = "@/fake/bin"},
     {.name = "FifosUnderJavaHomePassedBy", .javaHome = "@/fifo"},
+    // The library joins the host's machine, whose options stay the host's.
+    {.name = "HostMachine", .host = true},
+    // Without a PeachWrapper class no wrapper is kept, a retry fails the same
+    // way, and no Java error is left pending on the thread.
+    {.name = "MissingPeachWrapperClass", .sdk = SDK("peach-missing"), .then = [](const Scenario &s) {
+         for (int attempt = 0; attempt < 2; ++attempt) {
+             EXPECT_EQ(VELMORA_FN(s, velmora_peach_handle)(), kNoMethod);
+             for (const char *global : {"pwcls", "pwobj"}) EXPECT_EQ(*s.symbol<void *>(global), nullptr);
+             EXPECT_EQ(VELMORA_FN(s, velmora_peach_setName)(0, "x"), kUnready);
+         }
+         EXPECT_FALSE(VELMORA_FN(s, velmora_getJNIEnv)()->ExceptionCheck());
+     }},
+    // Without NativeFunctionCaller a registration is refused and the callback
+    // an earlier registration left is kept.
+    {.name = "MissingHandlerClass", .sdk = SDK("handler-missing"), .then = [](const Scenario &s) {
+         const int handle = VELMORA_FN(s, velmora_peach_handle)();
+         const velmora_intermediate_callback kept = [](const char *) {}, other = [](const char *) { std::abort(); };
+         // as an earlier registration would have left it
+         auto &callback = *s.symbol<velmora_intermediate_callback>("velmora_peach_intermediate_callback_fun") = kept;
+         for (velmora_intermediate_callback wanted : {other, velmora_intermediate_callback{}}) {
+             EXPECT_EQ(VELMORA_FN(s, velmora_peach_setIntermediateResultHandler)(handle, wanted), kNoMethod);
+             EXPECT_EQ(callback, kept);
+         }
+         EXPECT_EQ(VELMORA_FN(s, velmora_peach_done)(handle), 0);
+     }},
 };
 
 void PrintTo(const Case &c, std::ostream *os) { *os << c.name; }
@@ -103,18 +128,27 @@ class Startup : public testing::TestWithParam<Case> {};
 TEST_P(Startup, ReachesItsState) {
     const Case &c = GetParam();
     alarm(60);  // a hang ends the process
-    Scenario s(c.variant, c.config);
+    Scenario s(c.sdk, c.config);
     for (const char *sub : {"bin", "fake/bin", "fake/lib/server", "fifo/jre/lib/amd64/server", "fifo/lib/server"})
         fs::create_directories(s.dir / sub);
     fs::create_symlink(JDK "/bin/java", s.dir / "bin/java");
-    std::ofstream(s.dir / "fake/bin/java") << "";
-    fs::copy_file(VELMORA_TEST_FAKE_JVM, s.dir / "fake/lib/server/libjvm.so");
+    for (auto f : {"fake/bin/java", "fake/lib/server/libjvm.so"}) fs::copy_file(VELMORA_TEST_FAKE_JVM, s.dir / f);
     for (const char *fifo : {"fifo/jre/lib/amd64/server/libjvm.so", "fifo/lib/server/libjvm.so"})
         ASSERT_EQ(mkfifo((s.dir / fifo).c_str(), 0600), 0);
     setenv("JAVA_HOME", s.at(c.javaHome).c_str(), 1);
     setenv("PATH", s.at(c.path).c_str(), 1);
-    if (!*c.config && c.startup == kNoRuntime && fs::exists("/usr/lib/jvm/default-java/lib/server/libjvm.so"))
-        GTEST_SKIP() << "a system default runtime exists";
+    // A system default runtime would be found.
+    if (!*c.config && c.startup == kNoRuntime && fs::exists("/usr/lib/jvm/default-java")) GTEST_SKIP();
+    std::string option = s.at("-Djava.class.path=@/velmora.jar:@/commons-codec-1.3.jar:@/xmlrpc-2.0.jar");
+    JavaVM *machine = nullptr;
+    if (c.host) {
+        auto *create = reinterpret_cast<decltype(JNI_CreateJavaVM) *>(
+            dlsym(dlopen(JDK "/lib/server/libjvm.so", RTLD_NOW), "JNI_CreateJavaVM"));
+        JavaVMOption options[1] = {{option.data(), nullptr}};
+        JavaVMInitArgs args{JNI_VERSION_1_8, 1, options, JNI_FALSE};
+        void *hostEnv;
+        ASSERT_EQ(create(&machine, &hostEnv, &args), JNI_OK);
+    }
 
     testing::internal::CaptureStdout();
     // Start-up runs on a thread that has ended (joined with its future) before the rest.
@@ -122,83 +156,31 @@ TEST_P(Startup, ReachesItsState) {
     EXPECT_EQ(VELMORA_FN(s, velmora_init)(), c.init);
     EXPECT_EQ(VELMORA_FN(s, velmora_initFile)("f"), c.again);
     EXPECT_EQ(VELMORA_FN(s, velmora_initWithoutFile)("a", "b", "c", "d", 1, "f", "g", 2, 3, "j", "k"), c.again);
-    const std::string printed = testing::internal::GetCapturedStdout();
-    // Start-up prints the loader's text, a line at a time.
-    EXPECT_NE(printed.find(s.at(c.printed)), std::string::npos) << printed;
-    EXPECT_TRUE(printed.empty() || printed.back() == '\n');
-    EXPECT_EQ(*s.symbol<void *>("jvmlibHandle") != nullptr, c.loaded);
-    EXPECT_EQ(VELMORA_FN(s, velmora_open)(), c.open);
-    JNIEnv *jenv = VELMORA_FN(s, velmora_getJNIEnv)();
     const bool kept = c.again != kUnready && c.again != kNoRuntime;
+    // Start-up again: the same machine (the host's, if it made one), the management object kept.
+    if (!c.host) machine = VELMORA_FN(s, velmora_getJavaVM)();
+    EXPECT_EQ(VELMORA_FN(s, velmora_initJava)(), kept ? 0 : c.again);
+    EXPECT_EQ(VELMORA_FN(s, velmora_getJavaVM)(), machine);
+    const std::string out = testing::internal::GetCapturedStdout();
+    // Start-up prints the loader's text, a line at a time.
+    EXPECT_TRUE(out.find(s.at(c.printed)) != out.npos && (out.empty() || out.back() == '\n')) << out;
+    EXPECT_EQ(*s.symbol<void *>("jvmlibHandle") != nullptr, c.loaded);
+    if (c.then) c.then(s);  // before the management call, which must still answer
+    EXPECT_EQ(VELMORA_FN(s, velmora_open)(), c.open);
     EXPECT_EQ(*s.symbol<void *>("cls") != nullptr, kept);
+    JNIEnv *jenv = VELMORA_FN(s, velmora_getJNIEnv)();
     ASSERT_EQ(jenv != nullptr, kept);
     if (!kept) return;
 
-    // The machine the library created has the library's options.
-    EXPECT_EQ(s.property("java.class.path"), s.at("@/velmora.jar:@/commons-codec-1.3.jar:@/xmlrpc-2.0.jar"));
-    EXPECT_EQ(s.property("com.sun.management.jmxremote"), "");
+    // A machine the library created has the library's options, a host's machine only the host's.
+    EXPECT_EQ("-Djava.class.path=" + s.property("java.class.path"), option);
+    EXPECT_EQ(s.property("com.sun.management.jmxremote"), c.host ? "<none>" : "");
     EXPECT_EQ(s.property("java.home"), JDK);
     // -Xmx128M: the heap limit lies just below 128 MiB.
     jclass rt = jenv->FindClass("java/lang/Runtime");
     jobject now = jenv->CallStaticObjectMethod(rt, jenv->GetStaticMethodID(rt, "getRuntime", "()Ljava/lang/Runtime;"));
     const jlong max = jenv->CallLongMethod(now, jenv->GetMethodID(rt, "maxMemory", "()J"));
-    EXPECT_TRUE(max > 100LL << 20 && max <= 128LL << 20) << max;
-    // Start-up again while ready: no second machine, the management object kept.
-    JavaVM *machine = VELMORA_FN(s, velmora_getJavaVM)();
-    EXPECT_EQ(VELMORA_FN(s, velmora_initJava)(), 0);
-    EXPECT_EQ(VELMORA_FN(s, velmora_getJavaVM)(), machine);
-    EXPECT_EQ(VELMORA_FN(s, velmora_open)(), c.open);
+    EXPECT_EQ(max > 100LL << 20 && max <= 128LL << 20, !c.host) << max;
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, Startup, testing::ValuesIn(kCases), [](const auto &i) { return i.param.name; });
-
-// The host started its own JVM before the library: the library joins it and
-// its options do not apply.
-TEST(HostMachine, IsJoinedWithItsOwnOptions) {
-    Scenario s("");
-    auto create = reinterpret_cast<jint (*)(JavaVM **, void **, void *)>(
-        dlsym(dlopen(JDK "/lib/server/libjvm.so", RTLD_NOW), "JNI_CreateJavaVM"));
-    ASSERT_NE(create, nullptr);
-    std::string classPath = "-Djava.class.path=" + (s.dir / "velmora.jar").string();
-    JavaVMOption options[2] = {{classPath.data(), nullptr}, {const_cast<char *>("-Dhost.owned=yes"), nullptr}};
-    JavaVMInitArgs args{JNI_VERSION_1_8, 2, options, JNI_FALSE};
-    JavaVM *host = nullptr;
-    void *hostEnv = nullptr;
-    ASSERT_EQ(create(&host, &hostEnv, &args), JNI_OK);
-
-    EXPECT_EQ(VELMORA_FN(s, velmora_init)(), 0);
-    EXPECT_EQ(VELMORA_FN(s, velmora_getJavaVM)(), host);
-    EXPECT_EQ(s.property("host.owned"), "yes");
-    EXPECT_EQ(s.property("com.sun.management.jmxremote"), "<none>");
-    EXPECT_EQ(VELMORA_FN(s, velmora_open)(), 0);
-}
-
-// Without a PeachWrapper class no wrapper is kept, a retry fails the same way,
-// and no Java error is left behind for the management calls.
-TEST(PeachVariants, MissingWrapperClassKeepsNothing) {
-    Scenario s("peach-missing");
-    ASSERT_EQ(VELMORA_FN(s, velmora_init)(), 0);
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        EXPECT_EQ(VELMORA_FN(s, velmora_peach_handle)(), kNoMethod);
-        for (const char *global : {"pwcls", "pwobj"}) EXPECT_EQ(*s.symbol<void *>(global), nullptr);
-        EXPECT_EQ(VELMORA_FN(s, velmora_peach_setName)(0, "x"), kUnready);
-    }
-    EXPECT_FALSE(VELMORA_FN(s, velmora_getJNIEnv)()->ExceptionCheck());
-    EXPECT_EQ(VELMORA_FN(s, velmora_open)(), 0);
-}
-
-// Without NativeFunctionCaller a registration is refused and the callback kept.
-TEST(PeachVariants, MissingHandlerClassKeepsTheCallback) {
-    Scenario s("handler-missing");
-    ASSERT_EQ(VELMORA_FN(s, velmora_init)(), 0);
-    const int handle = VELMORA_FN(s, velmora_peach_handle)();
-    ASSERT_GE(handle, 0);
-    const velmora_intermediate_callback kept = [](const char *) {}, other = [](const char *) { std::abort(); };
-    auto &callback = *s.symbol<velmora_intermediate_callback>("velmora_peach_intermediate_callback_fun");
-    callback = kept;  // as an earlier registration would have left it
-    for (velmora_intermediate_callback wanted : {other, velmora_intermediate_callback{}}) {
-        EXPECT_EQ(VELMORA_FN(s, velmora_peach_setIntermediateResultHandler)(handle, wanted), kNoMethod);
-        EXPECT_EQ(callback, kept);
-    }
-    EXPECT_EQ(VELMORA_FN(s, velmora_peach_done)(handle), 0);
-}
