@@ -10,13 +10,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <optional>
 #include <regex>
 #include <tuple>
 
 namespace fs = std::filesystem;
 using namespace velmora::runtime;
+using namespace std::string_literals;
 using Strings = std::vector<std::string>;
 using ::testing::HasSubstr;
 
@@ -44,12 +44,9 @@ protected:
         return t_ + "/" + rel;
     }
     void file(const std::string& rel, const std::string& content = "") const { std::ofstream(at(rel)) << content; }
-    void link(const std::string& rel, const std::string& target) const { fs::create_symlink(sub(target), at(rel)); }
     static std::string traceOf(const std::string& libraryFile) {  // what the search traces, a line per step
         std::string text;
-        const Trace trace = [&](std::string_view step, std::string_view detail) {
-            text.append(step).append(" ").append(detail).append("\n");
-        };
+        const Trace trace = [&](auto step, auto detail) { text.append(step).append(" ").append(detail) += '\n'; };
         locate(libraryFile, &trace);
         return text;
     }
@@ -57,75 +54,63 @@ protected:
     fs::path cwd_ = fs::current_path();
 };
 
-TEST_F(LocatorTest, ConfigurationFile) {
-    file("home" + kLibCli);  // what JAVA_HOME yields when the file names nothing
-    ::setenv("JAVA_HOME", (t_ + "/home").c_str(), 1);
-    const std::string x4095(4095, 'x'), big = std::string(1 << 20, 'x') + "\nJVMPATH=/late\n";
-    const std::vector<std::pair<std::string, std::optional<std::string>>> cases = {
-        {"JVMPATH=/a\nJVM64PATH=/b\nJVMPATH=/c\n", "/b"}, {"JVMPATH=/a\nJVMPATH=/c\n", "/c"},
-        {"JVM64PATH=/a\nJVM64PATH=/b\n", "/a"}, {"JVMPATH=\nJVMPATH\nJAVA_HOME=/a\n", {}},
-        {"\n\r==JVMPATH\r==/a=b\r\n", "/a"}, {"jvmpath=/a\nJVMPATH = /a\n JVMPATH=/a\n", {}},
-        {"JVMPATH=/my jre/j.so \n", "/my jre/j.so "}, {std::string("JVMPATH\0=/a\n", 12), {}},
+TEST_F(LocatorTest, ConfigurationFileThenJavaHome) {
+    // What the file names; "libjvm.so" when nothing.
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        // The first JVM64PATH wins and ends the reading; runs of '=', '\n' and '\r' delimit, spaces
+        // belong to the value.
+        {"JVMPATH=/a\n\r==JVM64PATH\r==/my jre/j.so =b\r\nJVM64PATH=/c\nJVMPATH=/d\n", "/my jre/j.so "},
+        // Keys match whole and exactly; a line without a value, or cut by a NUL byte, names nothing.
+        {"JVMPATH=\nJVMPATH\nJAVA_HOME=/a\njvmpath=/a\nJVMPATH = /a\n JVMPATH=/a\nJVMPATH\0=/a\n"s, "libjvm.so"},
         // A line longer than one 4095-byte read is taken as several lines.
-        {x4095 + "JVMPATH=/a\n", "/a"}, {x4095.substr(1) + "JVMPATH=/a\n", {}},
-        {"JVMPATH=/" + std::string(5000, 'a'), "/" + std::string(4086, 'a')},
-        // Only the first MiB is read.
-        {"JVMPATH=/early\n" + big, "/early"}, {big, {}},
+        {std::string(4095, 'x') + "JVMPATH=/a\n", "/a"},
+        // A later JVMPATH replaces an earlier one; only the first MiB is read.
+        {"JVMPATH=/a\nJVMPATH=/early\n" + std::string(1 << 20, 'x') + "\nJVMPATH=/late\n", "/early"},
     };
     const Trace empty;  // a trace without a target is the same as none
     for (const auto& [content, expected] : cases) {
         file("lib/VelmoraDLL.conf", content);
-        EXPECT_EQ(locate(t_ + "/lib/v.so", &empty).runtimePath, expected.value_or(t_ + "/home" + kLibCli))
-            << content.substr(0, 60);
+        EXPECT_EQ(locate(t_ + "/lib/v.so", &empty).runtimePath, expected) << content.substr(0, 60);
     }
-}
 
-TEST_F(LocatorTest, LibraryDirectoryAndConfigurationPath) {
-    const std::string d4095 = "/" + std::string(4094, 'd'), d4079 = d4095.substr(0, 4079);
-    const std::vector<Strings> cases = {  // library file, directory, configuration file
+    // Where the file is looked for: library file, directory, configuration file. "fit" is the longest
+    // directory whose configuration path fits, "big" a directory one byte too long.
+    const std::string fit = "/" + std::string(4078, 'd'), big = fit + std::string(17, 'd');
+    const std::vector<Strings> places = {
         {"lib/v.so", "lib", "lib/VelmoraDLL.conf"}, {"/v.so", "", "/VelmoraDLL.conf"}, {"v.so", "", ""},
-        {"", "", ""}, {d4079 + "/v.so", d4079, d4079 + "/VelmoraDLL.conf"}, {d4079 + "d/v.so", d4079 + "d", ""},
-        {d4095 + "d/v.so", "", ""},
+        {fit + "/v.so", fit, fit + "/VelmoraDLL.conf"}, {fit + "d/v.so", fit + "d", ""}, {big + "/v.so", "", ""},
     };
-    for (const auto& c : cases) EXPECT_EQ((Strings{c[0], locate(c[0]).libraryDir, locate(c[0]).configPath}), c);
-}
+    for (const auto& c : places) EXPECT_EQ((Strings{c[0], locate(c[0]).libraryDir, locate(c[0]).configPath}), c);
 
-TEST_F(LocatorTest, JavaHomeCandidates) {
-    std::string order;
-    for (const auto& p : {kSrv, kJreCli, kLibSrv, kLibCli}) order += "JAVA_HOME candidate " + p + ": cannot open\n";
-    ::setenv("JAVA_HOME", "", 1);  // used as it is
-    EXPECT_THAT(traceOf(""), HasSubstr(order));
-
-    for (const auto& p : {kJreCli, kLibSrv, kLibCli}) file(p.substr(1));
-    // Slashes pad the value to the limit without changing where it points.
+    // Then JAVA_HOME, without a library file.
+    file(kLibSrv.substr(1));
+    // Slashes pad the value to the limit without changing where it points; one more is too long for
+    // every layout. An empty value is used as it is.
     const std::string fits = t_ + std::string(4095 - kLibSrv.size() - t_.size(), '/');
-    for (const auto& [home, expected] : std::vector<std::pair<std::string, std::string>>{
-             {t_, t_ + kJreCli}, {fits, fits + kLibSrv}, {fits + "/", "libjvm.so"}}) {
+    for (const auto& [home, step] : std::vector<std::pair<std::string, std::string>>{
+             {"", "JAVA_HOME candidate " + kSrv + ": cannot open"}, {fits + "/", "runtime library libjvm.so (bare"},
+             {fits, "runtime library " + fits + kLibSrv + " (JAVA_HOME)"}}) {
         ::setenv("JAVA_HOME", home.c_str(), 1);
-        EXPECT_EQ(locate("").runtimePath, expected);
+        EXPECT_THAT(traceOf(""), HasSubstr(step));
     }
 }
 
 // Run from the scratch directory, where relative link texts are read.
 TEST_F(LocatorTest, PathSearch) {
-    // PATH (unset when absent), files, links, result, and the runtime library, the last path tried or
+    // PATH, files, links, result, and the runtime library, the last path tried or
     // the buffer untouched.
-    using Case = std::tuple<std::optional<std::string>, Strings, std::vector<Strings>, int, std::string>;
     // Slashes pad an entry, or a link text, to 4095 bytes with "/java"; the dirname steps drop them.
     const std::string pad(4095 - t_.size() - 10, '/'), untouched(kPathBuffer - 1, '#');
     const Strings jdk = {"j/bin/java", kSrv.substr(1)};
-    const std::vector<Case> cases = {
-        {std::nullopt, {}, {}, -1, untouched}, {"", {}, {}, -1, untouched}, {":::", {}, {}, -1, untouched},
-        {t_ + "/" + pad + "j/bin", jdk, {}, -1, untouched},  // 4096 bytes with "/java"
+    const std::vector<std::tuple<std::string, Strings, std::vector<Strings>, int, std::string>> cases = {
+        // Only empty entries and one of 4096 bytes with "/java": the buffer is left alone.
+        {":::" + t_ + "/" + pad + "j/bin", jdk, {}, -1, untouched},
+        // The home is three directories above the launcher, never two.
         {"$T/o/jdk/bin", {"o/jdk/bin/java", "o" + kSrv, "o" + kJreCli, "o/jdk" + kSrv}, {}, 0, "$T/o" + kSrv},
-        {"$T/j/jre/bin", {"j/jre/bin/java", "j" + kJreCli, "j" + kLibSrv}, {}, 0, "$T/j" + kJreCli},
-        {"$T/bin", {"jvm/j8/jre/bin/java", "jvm/j8" + kSrv},
-         {{"bin/java", "$T/alt/java"}, {"alt/java", "$T/jvm/j8/jre/bin/java"}}, 0, "$T/jvm/j8" + kSrv},
-        {"::$T/a::$T/b/x/y:$T/c/jre/bin:", {"a/java/f", "b/x/y/java", "c/jre/bin/java", "c" + kLibCli}, {},
-         0, "$T/c" + kLibCli},
-        {"$T/b/x/y", {"b/x/y/java"}, {}, -1, "$T/b" + kLibCli}, {"$T/a:$T/b", {}, {}, -1, "$T/b/java"},
-        {"$T/a", {}, {{"a/java", "$T/gone"}}, -1, "$T/a/java"}, {"$T/a", {"d/f"}, {{"a/java", "$T/d"}}, -1, "$T/d"},
-        {"$T/a", {}, {{"a/java", "$T/a/j2"}, {"a/j2", "$T/a/java"}}, -1, "$T/a/java"},
+        // Empty entries, a link to a directory, a dangling link and a launcher without a library are
+        // passed over.
+        {"::$T/a::$T/g:$T/b/x/y:$T/c/jre/bin:", {"d/f", "b/x/y/java", "c/jre/bin/java", "c" + kLibCli},
+         {{"a/java", "$T/d"}, {"g/java", "$T/gone"}}, 0, "$T/c" + kLibCli},
         // A relative link text is read from the working directory, not from the link's
         // own directory (which here holds a launcher without a library).
         {"$T/bin", {"bin/jdk/jre/bin/java", "jdk/jre/bin/java", "jdk" + kSrv}, {{"bin/java", "jdk/jre/bin/java"}},
@@ -139,26 +124,26 @@ TEST_F(LocatorTest, PathSearch) {
     for (const auto& [path, files, links, rc, expected] : cases) {
         for (const auto& entry : fs::directory_iterator(t_)) fs::remove_all(entry);
         for (const auto& f : files) file(f);
-        for (const auto& l : links) link(l[0], l[1]);
-        path ? ::setenv("PATH", sub(*path).c_str(), 1) : ::unsetenv("PATH");
+        for (const auto& l : links) fs::create_symlink(sub(l[1]), at(l[0]));
+        ::setenv("PATH", sub(path).c_str(), 1);
         std::string out = untouched + '\0';
-        EXPECT_EQ(findJavaInPath(out.data()), rc) << "PATH " << path.value_or("unset");
-        EXPECT_EQ(out.substr(0, out.find('\0')), sub(expected)) << "PATH " << path.value_or("unset");
+        EXPECT_EQ(findJavaInPath(out.data()), rc) << "PATH " << path;
+        EXPECT_EQ(out.substr(0, out.find('\0')), sub(expected)) << "PATH " << path;
     }
     EXPECT_EQ(findJavaInPath(nullptr), -1);  // with the last row's PATH, which leads to a launcher
 }
 
 TEST_F(LocatorTest, ModernCandidatesInOrderWithoutDuplicates) {
     for (const char* f : {"jdkA/bin/java", "jdkB/bin/java", "d/java/f"}) file(f);  // d/java: a directory, no launcher
-    link("a/java", "$T/jdkA/bin/java");
-    link("b/java", "../jdkB/bin/java");
-    ::setenv("JAVA_HOME", sub("$T/jdkA/").c_str(), 1);
+    fs::create_symlink(t_ + "/jdkA/bin/java", at("a/java"));
+    fs::create_symlink("../jdkB/bin/java", at("b/java"));
     ::setenv("PATH", sub(":$T/a:$T/none:$T/d:$T/b:$T/jdkA/bin").c_str(), 1);
-    const std::string tail = "/lib/server/libjvm.so", fallback = "/usr/lib/jvm/default-java" + tail;
-    EXPECT_EQ(modernRuntimeCandidates(), (Strings{t_ + "/jdkA" + tail, t_ + "/jdkB" + tail, fallback}));
-    ::setenv("JAVA_HOME", "", 1);
-    ::unsetenv("PATH");
-    EXPECT_EQ(modernRuntimeCandidates(), Strings{fallback});
+    const std::string tail = "/lib/server/libjvm.so";
+    for (const char* home : {"$T/jdkA/", ""}) {  // the same home through JAVA_HOME and PATH; an empty one is none
+        ::setenv("JAVA_HOME", sub(home).c_str(), 1);
+        EXPECT_EQ(modernRuntimeCandidates(),
+                  (Strings{t_ + "/jdkA" + tail, t_ + "/jdkB" + tail, "/usr/lib/jvm/default-java" + tail}));
+    }
 }
 
 // A FIFO, a directory or a link to an endless device where the configuration file or a runtime
@@ -166,35 +151,32 @@ TEST_F(LocatorTest, ModernCandidatesInOrderWithoutDuplicates) {
 TEST_F(LocatorTest, IrregularFilesCountAsAbsent) {
     // A configured path is kept even so: start-up refuses it.
     file("lib/VelmoraDLL.conf", "JVMPATH=/dev/zero\n");
-    EXPECT_THAT(traceOf(t_ + "/lib/v.so"),
-                HasSubstr("/dev/zero (configuration file)\nruntime library not a regular file"));
+    EXPECT_THAT(traceOf(t_ + "/lib/v.so"), HasSubstr("zero (configuration file)\nruntime library not a regular file"));
 
-    const std::function<void(const std::string&)> makers[] = {
-        [](const std::string& p) { ASSERT_EQ(::mkfifo(p.c_str(), 0600), 0); },
-        [](const std::string& p) { fs::create_directory(p); },
-        [](const std::string& p) { fs::create_symlink("/dev/zero", p); },
-    };
     const std::string home = t_ + "/home";
     ::setenv("PATH", (home + "/jre/bin").c_str(), 1);
-    for (const auto& make : makers) {
-        // Odd: the configuration file and every layout of the home but the last. The home is
-        // JAVA_HOME, then that of the java on PATH.
+    int (*const makers[])(const char*) = {[](const char* p) { return ::mkfifo(p, 0600); },
+                                          [](const char* p) { return ::mkdir(p, 0700); },
+                                          [](const char* p) { return ::symlink("/dev/zero", p); }};
+    for (const auto make : makers) {
+        // Odd: the configuration file and every layout of the home but the last, which the trace
+        // shows tried in order. The home is JAVA_HOME, then that of the java on PATH.
         fs::remove_all(t_);
         for (const auto& f : Strings{"home/jre/bin/java", "home" + kLibCli}) file(f);
         for (const auto& odd : Strings{"lib/VelmoraDLL.conf", "home" + kSrv, "home" + kJreCli, "home" + kLibSrv})
-            make(at(odd));
+            ASSERT_EQ(make(at(odd).c_str()), 0) << odd;
         ::setenv("JAVA_HOME", home.c_str(), 1);
-        for (const std::string source : {"JAVA_HOME", "java on PATH"}) {
-            const std::string text = traceOf(t_ + "/lib/v.so");
-            for (const auto& why : {t_ + "/lib/VelmoraDLL.conf: not a regular file, skipped",
-                                    home + kSrv + ": not a regular file", home + kLibCli + " (" + source + ")"})
-                EXPECT_THAT(text, HasSubstr(why));
+        for (const auto& [source, step] : {std::pair{"JAVA_HOME", "\nJAVA_HOME "}, {"java on PATH", "\n"}}) {
+            std::string steps, lead = step + "candidate "s + home;
+            for (const auto& p : {kSrv, kJreCli, kLibSrv}) steps += lead + p + ": not a regular file";
+            steps += lead + kLibCli + ": opened\nruntime library " + home + kLibCli + " (" + source + ")";
+            EXPECT_THAT(traceOf(t_ + "/lib/v.so"),
+                        testing::AllOf(HasSubstr(steps), HasSubstr("VelmoraDLL.conf: not a regular file, skipped")));
             ::unsetenv("JAVA_HOME");
         }
         // A bare name is the loader's to search, whatever the working directory holds.
         fs::current_path(home + "/jre/lib/amd64/server");
-        for (const auto& [name, irregular] : std::vector<std::pair<std::string, bool>>{
-                 {"libjvm.so", false}, {home + kSrv, true}, {home + kLibCli, false}, {t_ + "/absent", false}})
-            EXPECT_EQ(namesIrregularFile(name), irregular) << name;
+        for (const auto& name : {"libjvm.so"s, home + kSrv, home + kLibCli, t_ + "/absent"})
+            EXPECT_EQ(namesIrregularFile(name), name == home + kSrv) << name;
     }
 }
