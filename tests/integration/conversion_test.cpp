@@ -35,9 +35,9 @@ TEST_F(SmallHeap, ArgumentsThatDoNotFitTheHeap) {
     for (const auto &[what, call] : cases) {
         EXPECT_EQ(call(), VELMORA_STATUS_JAVA_EXCEPTION) << what;
         EXPECT_FALSE(threadEnv()->ExceptionCheck()) << what;
-        EXPECT_EQ(sdk::journal(), std::vector<std::string>{}) << what;
+        EXPECT_EQ(sdk::journal(), Journal{}) << what;
         EXPECT_EQ(velmora_ready(1), 0) << what;
-        EXPECT_EQ(sdk::lastCall(), "ready(I)I 1") << what;
+        EXPECT_EQ(sdk::journal(), Journal{"ready(I)I 1"}) << what;
     }
 }
 

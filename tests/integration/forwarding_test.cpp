@@ -94,7 +94,7 @@ TEST_F(Forwarding, AMissingMethodIs12AndEachCallUsesTheClassNamedNow) {
     }
     EXPECT_EQ(velmora_peach_intermediate_callback_fun, earlier);
     EXPECT_TRUE(!pwcls && !pwobj);
-    EXPECT_EQ(sdk::journal(), std::vector<std::string>{});
+    EXPECT_EQ(sdk::journal(), Journal{});
     point(cls, globalClass("velmora/user/ManagementImpl"));
     threadEnv()->DeleteGlobalRef(object);
     sdk::script("get", {"5"});

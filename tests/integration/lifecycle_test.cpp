@@ -6,7 +6,6 @@
 
 namespace {
 
-using Journal = std::vector<std::string>;
 const std::string kGetWrapper = "getPeachWrapper()Lvelmora/user/PeachWrapper;";
 
 TEST_F(Bridge, InitialisersReachTheirOverloadsAndReplaceTheObject) {
@@ -87,7 +86,7 @@ TEST_F(Bridge, PeachWrapperFetchedOnceKeptGloballyAndRetriedAfterFailures) {
     int fromOtherThread = 1;
     std::thread([&] { fromOtherThread = velmora_peach_setJobs(6, 2); }).join();
     EXPECT_EQ(fromOtherThread, 0);
-    EXPECT_EQ(sdk::lastCall(), "setJobs(II)V 6, 2");
+    EXPECT_EQ(sdk::journal(), Journal{"setJobs(II)V 6, 2"});
 }
 
 TEST_F(Bridge, Plugins) {

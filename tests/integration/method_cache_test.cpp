@@ -9,8 +9,6 @@
 
 namespace {
 
-using Journal = std::vector<std::string>;
-
 // An unload deletes the wrapper's references; a reference made afterwards may
 // reuse the deleted one's value for another class, and must not meet a method
 // resolved for the old one.

@@ -9,7 +9,6 @@
 namespace {
 
 using Fetch = int (*)(char *, std::size_t *);
-using Journal = std::vector<std::string>;
 std::string key(const std::string &line) { return line.substr(0, line.find(' ')); }
 
 struct Case {
@@ -203,7 +202,7 @@ TEST_F(StringLists, EveryFormReadsExactlyItsCountWithNullElements) {
                 const std::string lists = twoLists ? render(pool, 0, 2) + ", " + render(pool, 2, 2 + count)
                                                    : render(pool, 0, count);
                 const std::size_t from = line.find('[', line.find(' ')), to = line.rfind(']') + 1;
-                EXPECT_EQ(sdk::lastCall(), line.substr(0, from) + lists + line.substr(to));
+                EXPECT_EQ(sdk::journal(), Journal{line.substr(0, from) + lists + line.substr(to)});
             }
         }
         // Refused before Java: a negative count, or no array for a positive count.
@@ -221,7 +220,7 @@ TEST_F(StringLists, EveryFormReadsExactlyItsCountWithNullElements) {
     // Nothing to read needs no array; a negative first count of two never
     // moves the second list outside the caller's array.
     EXPECT_EQ(velmora_createJob3(7, 0, nullptr), 0);
-    EXPECT_EQ(sdk::lastCall(), "createJob(I" SA ")I 7, []");
+    EXPECT_EQ(sdk::journal(), Journal{"createJob(I" SA ")I 7, []"});
     EXPECT_EQ(velmora_createBundle3(3, T9, -2, 3, table::kPool), VELMORA_STATUS_JAVA_EXCEPTION);
     EXPECT_TRUE(sdk::journal().empty());
 }

@@ -10,6 +10,8 @@
 #include "support/sdk_control.hpp"
 #include "tables/forwarders.hpp"
 
+using sdk::Journal;
+
 // The calling thread's own JNI environment (null when it is not attached).
 inline JNIEnv *threadEnv() {
     JNIEnv *e = nullptr;
