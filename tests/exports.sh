@@ -12,8 +12,6 @@ if [ "$declared" != "$exported" ]; then
 fi
 readelf -d "$library" | grep -q 'Library soname: \[libvelmora.so.1\]' || { echo "SONAME is not libvelmora.so.1"; exit 1; }
 if readelf -d "$library" | grep NEEDED | grep -q jvm; then echo "links libjvm"; exit 1; fi
-nm -D --defined-only "$library" | awk '$2 == "B" || $2 == "D"' | while read -r _ type name; do
-  size=$(nm -D -S --defined-only "$library" | awk -v n="$name" '$4 == n {print $2}')
-  [ "$((16#$size))" -eq 8 ] || { echo "$name is $size bytes"; exit 1; }
-done
+nm -D -S --defined-only "$library" |
+  awk '($3 == "B" || $3 == "D") && $2 !~ /^0*8$/ {print $4 " is 0x" $2 " bytes"; bad = 1} END {exit bad}'
 echo "exports: $(echo "$exported" | wc -l) symbols as declared"

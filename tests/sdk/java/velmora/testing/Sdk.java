@@ -1,11 +1,7 @@
 package velmora.testing;
 
 import java.lang.management.ManagementFactory;
-import java.util.ArrayList;
-import java.util.Arrays;
-import java.util.HashMap;
-import java.util.List;
-import java.util.Map;
+import java.util.*;
 import java.util.concurrent.atomic.AtomicInteger;
 import java.util.stream.Collectors;
 import velmora.user.IntermediateResultHandler;
@@ -40,21 +36,18 @@ public final class Sdk {
     private static final int QUIET_INT = Integer.getInteger("velmora.sdk.quiet.int", 0);
     private static final String QUIET_TEXT = System.getProperty("velmora.sdk.quiet.text");
     private static final List<String> entries = new ArrayList<>();
-    private static final Map<String, String[]> scripts = new HashMap<>();
-    private static final Map<String, Integer> taken = new HashMap<>();
+    private static final Map<String, List<String>> scripts = new HashMap<>();
     private static volatile IntermediateResultHandler handler;
 
     public static synchronized int reset() {
         entries.clear();
         scripts.clear();
-        taken.clear();
         handler = null;
         return 0;
     }
 
     public static synchronized int script(String key, String... outcomes) {
-        taken.remove(key);
-        if (outcomes.length == 0) scripts.remove(key); else scripts.put(key, outcomes.clone());
+        if (outcomes.length == 0) scripts.remove(key); else scripts.put(key, new ArrayList<>(Arrays.asList(outcomes)));
         return outcomes.length;
     }
 
@@ -119,11 +112,8 @@ public final class Sdk {
     }
 
     private static synchronized String outcome(String key) {
-        String chosen = scripts.containsKey(key) ? key : key.substring(0, key.indexOf('('));
-        String[] script = scripts.get(chosen);
-        if (script == null) return null;
-        int next = taken.merge(chosen, 1, Integer::sum) - 1;
-        return script[Math.min(next, script.length - 1)];
+        List<String> script = scripts.getOrDefault(key, scripts.get(key.substring(0, key.indexOf('('))));
+        return script == null ? null : script.size() > 1 ? script.remove(0) : script.get(0);
     }
 
     private static String record(String key, Object[] args, String unscripted) {

@@ -5,9 +5,6 @@ package velmora.user;
  * with RegisterNatives before handing an instance to the peach wrapper.
  */
 public class NativeFunctionCaller implements IntermediateResultHandler {
-    public NativeFunctionCaller() {
-    }
-
     @Override
     public native void func(String text);
 }

@@ -1,5 +1,4 @@
 package velmora.user;
 
 /** A plug-in handed out by the management object. */
-public class VelmoraManagerPlugin {
-}
+public class VelmoraManagerPlugin {}
