@@ -138,7 +138,7 @@ int main(int argc, char **argv) {
     };
     const auto warm = std::chrono::steady_clock::now() + std::chrono::duration<double>(std::min(o.seconds / 4, 10.0));
     while (running()) {
-        firedTotal += sdk::fireConcurrently(2, 100, "stress-");
+        firedTotal += sdk::fire("stress-", 2, 100);
         checkJournal();
         if (rssWarm == 0 && std::chrono::steady_clock::now() >= warm) rssWarm = residentKib();
         std::this_thread::sleep_for(std::chrono::milliseconds(20));

@@ -15,8 +15,6 @@
 #include "support/fixture.hpp"
 #include "velmora.hpp"
 
-using Texts = std::vector<std::string>;
-
 // Every name a walk yields.
 template <class Walk>
 static Texts all(const Walk &walk) { return Texts(walk.begin(), walk.end()); }
@@ -119,7 +117,7 @@ TEST_F(CppPeach, HandlersAreAnyCallableFedFromJavaThreads) {
     };
     std::atomic<int> delivered{-1};
     peach.setIntermediateResultHandler(counting);
-    std::thread java([&] { delivered = sdk::fireConcurrently(4, 25, "c"); });
+    std::thread java([&] { delivered = sdk::fire("c", 4, 25); });
     for (int replaced = 0; delivered < 0 || replaced < 10; ++replaced) peach.setIntermediateResultHandler(counting);
     java.join();
 

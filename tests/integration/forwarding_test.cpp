@@ -14,8 +14,6 @@
 
 namespace {
 
-std::string key(const std::string &line) { return line.substr(0, line.find(' ')); }
-
 // Every row (but those whose name starts with `skip`) with its overloads scripted as the table says, or all
 // to throw; `before` runs on the calling thread just ahead of each call. A row
 // reaches Java as the table says, or, throwing, is -13 after its first
@@ -25,7 +23,7 @@ void pass(bool throws, void (*before)() = [] {}, const std::string &skip = "") {
         if (!skip.empty() && std::string(row.function).rfind(skip, 0) == 0) continue;
         std::vector<std::string> lines;
         for (const table::Reached &r : row.reached) {
-            sdk::script(key(r.line), {throws ? "throw" : r.outcome});
+            sdk::script(r.key(), {throws ? "throw" : r.outcome});
             if (!throws || lines.empty()) lines.push_back(r.line);
         }
         Buffer b(64);

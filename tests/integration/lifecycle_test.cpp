@@ -115,7 +115,6 @@ TEST_F(Bridge, Plugins) {
 // native method (delivery from Java threads while the host re-registers is
 // tested through the C++ interface); null callbacks and null texts drop them;
 // failed registrations and unloads keep the previous callback.
-using Texts = std::vector<std::string>;
 
 // What each host callback received.
 Texts inboxes[3];

@@ -18,8 +18,8 @@
 namespace fs = std::filesystem;
 
 #define JDK VELMORA_TEST_JDK_HOME
-constexpr int kUnready = VELMORA_STATUS_JAVA_NOT_INITIALIZED, kNoMethod = VELMORA_STATUS_METHOD_NOT_FOUND;
-constexpr int kNoRuntime = VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
+constexpr int kUnready = VELMORA_STATUS_JAVA_NOT_INITIALIZED, kNoMethod = VELMORA_STATUS_METHOD_NOT_FOUND,
+              kNoRuntime = VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
 
 // The scenario's copy of an exported function, typed from the header.
 #define VELMORA_FN(scenario, name) (scenario).symbol<decltype(name)>(#name)

@@ -100,14 +100,11 @@ int main(int argc, char **argv) {
     Members members = kDouble;
     for (const table::Row &row : table::forwarders())
         for (const table::Reached &r : row.reached)
-            members[std::string(row.function).rfind("peach_", 0) == 0 ? PW : MI][r.line.substr(0, r.line.find(' '))];
+            members[std::string(row.function).rfind("peach_", 0) == 0 ? PW : MI][r.key()];
     std::map<std::string, fs::path> sources;
     for (int k = 2; k < argc; ++k) {  // .../java/velmora/user/X.java is velmora.user.X
-        std::string name = argv[k];
-        name = name.substr(name.rfind("/java/") + 6);
-        name = name.substr(0, name.size() - 5);
-        std::replace(name.begin(), name.end(), '/', '.');
-        sources[name] = fs::absolute(argv[k]);
+        const fs::path file = fs::absolute(argv[k]);
+        sources["velmora." + file.parent_path().filename().string() + "." + file.stem().string()] = file;
     }
     const auto all = write(out / "double", members, sources);
     for (const auto &[name, without, own] : kVariants) {

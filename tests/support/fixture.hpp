@@ -11,6 +11,7 @@
 #include "tables/forwarders.hpp"
 
 using sdk::Journal;
+using Texts = std::vector<std::string>;
 
 // The calling thread's own JNI environment (null when it is not attached).
 inline JNIEnv *threadEnv() {

@@ -50,9 +50,6 @@ struct Frame {
         }
         return result;
     }
-    jint fire(const char *text, jint threads, jint perThread) {
-        return call(&JNIEnv::CallStaticIntMethod, "fire", "(Ljava/lang/String;II)I", string(text), threads, perThread);
-    }
 };
 
 // Forgets journal, scripts and the registered result handler.
@@ -88,14 +85,13 @@ inline Journal journal() {
 // Live Java threads of the library's JVM, attached native threads included.
 inline int javaThreads() { return Frame().call(&JNIEnv::CallStaticIntMethod, "threads", "()I"); }
 
-// Delivers one intermediate result (text may be null) to the handler the
-// library registered, on the calling thread.
-inline void fire(const char *text) { Frame().fire(text, 0, 0); }
-
-// Delivers perThread results from each of `threads` new Java threads, texts
-// prefix + thread + ":" + index; returns how many were delivered.
-inline int fireConcurrently(int threads, int perThread, const std::string &prefix) {
-    return Frame().fire(prefix.c_str(), threads, perThread);
+// Delivers intermediate results to the handler the library registered: with
+// no threads, `text` (which may be null) once on the calling thread; else
+// perThread results from each of `threads` new Java threads, texts text +
+// thread + ":" + index. Returns how many were delivered.
+inline int fire(const char *text, int threads = 0, int perThread = 0) {
+    Frame f;
+    return f.call(&JNIEnv::CallStaticIntMethod, "fire", "(Ljava/lang/String;II)I", f.string(text), threads, perThread);
 }
 
 }  // namespace sdk

@@ -37,6 +37,7 @@ namespace table {
 struct Reached {
     std::string line;     // journal line: name, descriptor, arguments
     std::string outcome;  // scripted for that overload
+    std::string key() const { return line.substr(0, line.find(' ')); }  // name and descriptor
 };
 struct Row {
     const char *function;
