@@ -137,12 +137,14 @@ TEST_F(LocatorTest, ModernCandidatesInOrderWithoutDuplicates) {
     for (const char* f : {"jdkA/bin/java", "jdkB/bin/java", "d/java/f"}) file(f);  // d/java: a directory, no launcher
     fs::create_symlink(t_ + "/jdkA/bin/java", at("a/java"));
     fs::create_symlink("../jdkB/bin/java", at("b/java"));
-    ::setenv("PATH", sub(":$T/a:$T/none:$T/d:$T/b:$T/jdkA/bin").c_str(), 1);
-    const std::string tail = "/lib/server/libjvm.so";
-    for (const char* home : {"$T/jdkA/", ""}) {  // the same home through JAVA_HOME and PATH; an empty one is none
+    const std::string tail = "/lib/server/libjvm.so", a = t_ + "/jdkA" + tail, b = t_ + "/jdkB" + tail,
+                      fallback = "/usr/lib/jvm/default-java" + tail, path = ":$T/a:$T/none:$T/d:$T/b:$T/jdkA/bin";
+    // JAVA_HOME first, though its JDK comes later on PATH; an empty one is none, and so is an empty PATH.
+    for (const auto& [home, entries, expected] : std::vector<std::tuple<std::string, std::string, Strings>>{
+             {"$T/jdkB/", path, {b, a, fallback}}, {"", path, {a, b, fallback}}, {"", "", {fallback}}}) {
         ::setenv("JAVA_HOME", sub(home).c_str(), 1);
-        EXPECT_EQ(modernRuntimeCandidates(),
-                  (Strings{t_ + "/jdkA" + tail, t_ + "/jdkB" + tail, "/usr/lib/jvm/default-java" + tail}));
+        ::setenv("PATH", sub(entries).c_str(), 1);
+        EXPECT_EQ(modernRuntimeCandidates(), expected) << "JAVA_HOME " << home << ", PATH " << entries;
     }
 }
 
