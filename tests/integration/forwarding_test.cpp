@@ -118,10 +118,11 @@ TEST(ForwardingBeforeStartup, EveryFunctionIs11) {
     velmora_debug2();
 }
 
-// Methods are resolved once per class reference (the forwarding suite points
-// the references at another class and back): nothing resolved survives the
-// references the library lets go, and calls racing a change of reference
-// reach the method or find it missing.
+// Methods are resolved once per class reference (the missing-method pass
+// above points the references at another class and back): nothing resolved
+// survives the references the library lets go, and calls racing a change of
+// reference reach the method or find it missing.
+
 // An unload deletes the wrapper's references; a reference made afterwards may
 // reuse the deleted one's value for another class, and must not meet a method
 // resolved for the old one.
@@ -141,8 +142,7 @@ TEST_F(PeachBridge, NothingResolvedOutlivesAnUnload) {
     sdk::script("get", {"6"});
     EXPECT_EQ(velmora_peach_handle(), 6);
     EXPECT_EQ(velmora_peach_setJobs(6, 3), 0);
-    EXPECT_EQ(sdk::journal(), (Journal{"setJobs(II)V 5, 1", "unload(Z)I false", "getPeachWrapper()Lvelmora/user/PeachWrapper;",
-                                       "get()I", "setJobs(II)V 6, 3"}));
+    EXPECT_EQ(sdk::journal(), (Journal{"setJobs(II)V 5, 1", "unload(Z)I false", kGetWrapper, "get()I", "setJobs(II)V 6, 3"}));
 }
 
 // Host threads call while another points the class reference back and forth

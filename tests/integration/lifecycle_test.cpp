@@ -9,8 +9,6 @@
 
 namespace {
 
-const std::string kGetWrapper = "getPeachWrapper()Lvelmora/user/PeachWrapper;";
-
 TEST_F(Bridge, InitialisersReachTheirOverloadsAndReplaceTheObject) {
     EXPECT_EQ(velmora_initFile("a.conf"), 0);
     EXPECT_EQ(velmora_initFileWithPassword("b.conf", "secret"), 0);

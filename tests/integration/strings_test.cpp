@@ -237,6 +237,7 @@ TEST_F(Strings, VaListFormsLeaveTheCallersListPastTheirStrings) {
 // forwarding table), none of which may leave an exception pending, a JNI call
 // made with one, or a reference behind (the suites run under the JVM's JNI
 // checking, which warns on each).
+
 // Each argument that cannot fit in the heap: -13 at once, the Java method not
 // called, nothing pending, and the next call as usual.
 class SmallHeap : public PeachBridge {
@@ -280,7 +281,8 @@ TEST_F(PeachBridge, NullPointersLeaveNoReference) {
             EXPECT_EQ(velmora_getPlugin("plugin", nullptr), 0);
             EXPECT_EQ(velmora_getTempDir(nullptr, nullptr), -23);
             EXPECT_EQ(velmora_getLastErrorMessage(nullptr, nullptr), -23);
-            EXPECT_EQ(velmora_getResultFiles(1, nullptr, nullptr, &len), -24);  // no index: out of range
+            EXPECT_EQ(velmora_getResultFiles(1, nullptr, nullptr, nullptr), -24);  // no index: out of range
+            EXPECT_EQ(velmora_getResultFiles(1, nullptr, nullptr, &len), -24);
             EXPECT_EQ(len, 1u);
             EXPECT_EQ(velmora_getResultFiles(1, &index, nullptr, &len), -23);
             EXPECT_EQ(velmora_describeStatusCode(-5, nullptr, nullptr), -23);

@@ -12,6 +12,8 @@
 
 using sdk::Journal;
 using Texts = std::vector<std::string>;
+// The journal line of the management object handing out the peach wrapper.
+inline const std::string kGetWrapper = "getPeachWrapper()Lvelmora/user/PeachWrapper;";
 
 // The calling thread's own JNI environment (null when it is not attached).
 inline JNIEnv *threadEnv() {
