@@ -129,25 +129,39 @@ extern "C" {
 
 /* 0 is success; -11 to -25 are the library's own failures, each with a fixed
  * text (velmora_describeStatusCode). -17 to -21 and -25 have texts but are
- * never returned. Any other value is the Java method's own result. */
+ * never returned. Any other value is the Java method's own result.
+ *
+ * VELMORA_STATUS_CODES(X) lists every code once as X(NAME, value, KIND,
+ * "text"); the enum below and the library's texts are made from it. KIND
+ * names the exception class of the C++ layer (velmora.hpp): NotInitialized,
+ * MethodNotFound and JavaException are the failures of a call itself,
+ * StartupError those of start-up and initialisation (0 is never thrown). */
+#define VELMORA_STATUS_CODES(X)                                                              \
+    X(OK, 0, Error, "OK")                                                                     \
+    X(JAVA_NOT_INITIALIZED, -11, NotInitialized, "Java is not initialized")                  \
+    X(METHOD_NOT_FOUND, -12, MethodNotFound, "Java method could not be found")               \
+    X(JAVA_EXCEPTION, -13, JavaException, "Uncaught exception thrown from Java")             \
+    X(NO_CONSTRUCTOR, -14, StartupError, "Unable to find the constructor of Management Interface") \
+    X(NO_INITIALIZER, -15, StartupError, "Unable to find the initializer of Management Interface") \
+    X(INIT_FAILED, -16, StartupError, "Unable to initialize Management Interface")           \
+    X(UNKNOWN_ERROR, -17, Error, "Unknown error")                                            \
+    X(JAVA_NOT_FOUND, -18, Error, "Unable to find Java")                                     \
+    X(JAVA_VERSION_NOT_FOUND, -19, Error, "Unable to find Java version")                     \
+    X(JAVA_KEYPATH_NOT_FOUND, -20, Error, "Unable to find Java keypath")                     \
+    X(JVM_LOCATION_NOT_FOUND, -21, Error, "Unable to find Java runtime library location")    \
+    X(JVM_LIBRARY_NOT_FOUND, -22, StartupError, "Unable to find Java runtime library")       \
+    X(BUFFER_TOO_SMALL, -23, Error, "String buffer is too small.")                           \
+    X(FILE_INDEX_OUT_OF_BOUNDS, -24, Error, "File index is out of bounds.")                  \
+    X(VARIANT_TYPE_INVALID, -25, Error, "VARIANT type is invalid, BSTR expected.")
+
 typedef enum velmora_status {
-    VELMORA_STATUS_OK = 0,
-    VELMORA_STATUS_JAVA_NOT_INITIALIZED = -11,
-    VELMORA_STATUS_METHOD_NOT_FOUND = -12,
-    VELMORA_STATUS_JAVA_EXCEPTION = -13,
-    VELMORA_STATUS_NO_CONSTRUCTOR = -14,
-    VELMORA_STATUS_NO_INITIALIZER = -15,
-    VELMORA_STATUS_INIT_FAILED = -16,
-    VELMORA_STATUS_UNKNOWN_ERROR = -17,
-    VELMORA_STATUS_JAVA_NOT_FOUND = -18,
-    VELMORA_STATUS_JAVA_VERSION_NOT_FOUND = -19,
-    VELMORA_STATUS_JAVA_KEYPATH_NOT_FOUND = -20,
-    VELMORA_STATUS_JVM_LOCATION_NOT_FOUND = -21,
-    VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND = -22,
-    VELMORA_STATUS_BUFFER_TOO_SMALL = -23,
-    VELMORA_STATUS_FILE_INDEX_OUT_OF_BOUNDS = -24,
-    VELMORA_STATUS_VARIANT_TYPE_INVALID = -25
+#define VELMORA_STATUS_ENUMERATOR(name, value, kind, text) VELMORA_STATUS_##name = value,
+    VELMORA_STATUS_CODES(VELMORA_STATUS_ENUMERATOR)
+#undef VELMORA_STATUS_ENUMERATOR
 } velmora_status;
+
+/* The size of the path buffer of velmora_findJavaInPath, with its NUL. */
+#define VELMORA_PATH_SIZE 4096
 
 /* Host callback for intermediate results of a peach run. The text is valid
  * only during the call; the callback runs on a Java thread of the SDK. */
@@ -211,7 +225,7 @@ VELMORA_API int velmora_initWithoutFile(const char *s1, const char *s2, const ch
                                         const char *s11);
 
 /* Searches PATH for the java launcher and derives libjvm.so from it. path is
- * a caller buffer of 4096 bytes. Returns 0 with the full path of the runtime
+ * a caller buffer of VELMORA_PATH_SIZE bytes. Returns 0 with the full path of the runtime
  * library in path, or -1 (not a status code) with the last path tried left in
  * path (untouched when PATH is unset or empty, or when path is null). */
 VELMORA_API int velmora_findJavaInPath(char *path);

@@ -5,22 +5,20 @@ namespace velmora {
 int indexedName(const CallRow &count, state::MethodSlot &countSlot, const CallRow &name,
                 state::MethodSlot &nameSlot, int handle, int *index, char *buf, std::size_t *len) {
     StringOut out(buf, len);
-    if (!state::managementReady()) return kNotInitialized;
-    JNIEnv *e = state::attachCurrentThread();
-    if (!e) return kNotInitialized;
+    JNIEnv *e = enter<Target::Management>();
+    if (!e) return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
 
-    e->ExceptionClear();  // whatever the host left pending, before any lookup
     jclass klass = state::managementClass();
     jmethodID countMethod = detail::resolve(e, klass, count, countSlot);
     jmethodID nameMethod = countMethod ? detail::resolve(e, klass, name, nameSlot) : nullptr;
     if (!nameMethod) {
         e->ExceptionClear();
-        return kMethodNotFound;
+        return VELMORA_STATUS_METHOD_NOT_FOUND;
     }
 
     jobject target = state::management();
     const jint size = e->CallIntMethod(target, countMethod, static_cast<jint>(handle));
-    if (takeException(e)) return kJavaException;
+    if (takeException(e)) return VELMORA_STATUS_JAVA_EXCEPTION;
 
     // A null index pointer reads as a position outside the collection.
     const bool inRange = index && *index >= 0 && *index < size;
@@ -28,14 +26,14 @@ int indexedName(const CallRow &count, state::MethodSlot &countSlot, const CallRo
         out.writeEmptyIfRoom();
         out.setLength(1);
         if (index) *index = size;
-        return kIndexOutOfBounds;
+        return VELMORA_STATUS_FILE_INDEX_OUT_OF_BOUNDS;
     }
 
     auto text = static_cast<jstring>(e->CallObjectMethod(target, nameMethod, static_cast<jint>(handle), *index));
-    if (takeException(e)) return kJavaException;
+    if (takeException(e)) return VELMORA_STATUS_JAVA_EXCEPTION;
     const int status = deliverString(e, text, out, NullRule::EmptyString);
     if (text) e->DeleteLocalRef(text);
-    if (status == kBufferTooSmall) {
+    if (status == VELMORA_STATUS_BUFFER_TOO_SMALL) {
         out.writeEmptyIfRoom();
         return status;
     }

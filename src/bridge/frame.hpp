@@ -1,14 +1,13 @@
-// The one forwarding frame. Every exported function that calls a Java method
-// on the management object or on the peach wrapper is a single use of
-// `forward<Row>(result, arguments...)`:
+// The one forwarding frame. Every entry point that reaches Java starts with
+// `enter<Target>()`: the guard of its target, the calling thread's
+// environment (attaching the thread), and the discarding of an exception the
+// host left pending, before any other JNI function runs. Every exported
+// function that calls a Java method on the management object or on the peach
+// wrapper is a single use of `forward<Row>(result, arguments...)`:
 //
-//   guard -> attach -> clear -> lookup -> -12 test -> string lists ->
-//   other arguments -> call -> exception test (-13) -> result conversion ->
-//   the call's local references deleted.
-//
-// An exception that the host left pending on its thread is discarded by every
-// call that passes the guard. It is cleared before anything else, so that no
-// JNI function (a lookup, a list's strings) ever runs with it pending.
+//   enter -> lookup -> -12 test -> string lists -> other arguments -> call ->
+//   exception test (-13) -> result conversion -> the call's local
+//   references deleted.
 //
 // The method of each row is resolved once per class reference and kept in the
 // row's slot (state.hpp). A call makes local references only for what it
@@ -32,10 +31,19 @@
 #include <utility>
 
 #include "bridge/calls.hpp"
-#include "bridge/marshal.hpp"
+#include "bridge/results.hpp"
 #include "bridge/state.hpp"
+#include "bridge/strings.hpp"
 
 namespace velmora {
+
+// Describes and clears a pending exception; true if there was one.
+inline bool takeException(JNIEnv *jenv) {
+    if (!jenv->ExceptionCheck()) return false;
+    jenv->ExceptionDescribe();
+    jenv->ExceptionClear();
+    return true;
+}
 
 // ---------------------------------------------------------------------------
 // Local references of the few calls that make several of their own (start of
@@ -51,131 +59,38 @@ public:
     LocalFrame(const LocalFrame &) = delete;
     LocalFrame &operator=(const LocalFrame &) = delete;
 
-    bool pushed() const { return pushed_; }
+    // 0, or -13 (the runtime's error described and cleared) when no frame
+    // could be made.
+    int status() const {
+        if (pushed_) return VELMORA_STATUS_OK;
+        takeException(jenv_);
+        return VELMORA_STATUS_JAVA_EXCEPTION;
+    }
 
 private:
     JNIEnv *jenv_;
     bool pushed_;
 };
 
-// Describes and clears a pending exception; true if there was one.
-inline bool takeException(JNIEnv *jenv) {
-    if (!jenv->ExceptionCheck()) return false;
-    jenv->ExceptionDescribe();
-    jenv->ExceptionClear();
-    return true;
+
+// The guard of each target: a management call needs the management object,
+// its class and a started runtime (tested in this order), a peach call the
+// peach wrapper, and a System call only the started runtime.
+template <Target T> inline bool ready() {
+    if constexpr (T == Target::Peach) return state::peachReady();
+    else if constexpr (T == Target::Management) return state::managementReady();
+    else return state::startupEnv() != nullptr;
 }
 
-// The start of a call that runs in a local frame once its guard has passed:
-// the calling thread's environment (attaching the thread) and the frame.
-// status() is 0, -11 when the thread cannot attach, or -13 when no frame
-// could be made.
-class CallScope {
-public:
-    explicit CallScope(jint capacity)
-        : env_(state::attachCurrentThread()), frame_(env_ ? std::optional<LocalFrame>(std::in_place, env_, capacity)
-                                                          : std::nullopt) {}
-    int status() const {
-        if (!env_) return kNotInitialized;
-        if (frame_->pushed()) return kOk;
-        takeException(env_);
-        return kJavaException;
-    }
-    JNIEnv *env() const { return env_; }
-    LocalFrame &frame() { return *frame_; }
-
-private:
-    JNIEnv *env_;
-    std::optional<LocalFrame> frame_;
-};
-
-// ---------------------------------------------------------------------------
-// Result policies, one per kind of Java result. Each names the return
-// descriptor it serves, turns a bridge status into its C result (`fail`),
-// makes the JNI call (`invoke`) and converts the outcome (`finish`).
-
-struct IntResult {
-    using Value = int;
-    static constexpr std::string_view kReturns = "I";
-    jint raw = 0;
-    static Value fail(int status) { return status; }
-    Value notInitialized() { return kNotInitialized; }
-    void invoke(JNIEnv *e, jobject o, jmethodID m, const jvalue *a) { raw = e->CallIntMethodA(o, m, a); }
-    Value finish(JNIEnv *) { return raw; }
-};
-
-struct BoolResult {
-    using Value = int;
-    static constexpr std::string_view kReturns = "Z";
-    jboolean raw = JNI_FALSE;
-    static Value fail(int status) { return status; }
-    Value notInitialized() { return kNotInitialized; }
-    void invoke(JNIEnv *e, jobject o, jmethodID m, const jvalue *a) { raw = e->CallBooleanMethodA(o, m, a); }
-    Value finish(JNIEnv *) { return raw ? 1 : 0; }
-};
-
-struct LongResult {
-    using Value = std::int64_t;
-    static constexpr std::string_view kReturns = "J";
-    jlong raw = 0;
-    static Value fail(int status) { return status; }
-    Value notInitialized() { return kNotInitialized; }
-    void invoke(JNIEnv *e, jobject o, jmethodID m, const jvalue *a) { raw = e->CallLongMethodA(o, m, a); }
-    Value finish(JNIEnv *) { return raw; }
-};
-
-struct VoidResult {
-    using Value = int;
-    static constexpr std::string_view kReturns = "V";
-    static Value fail(int status) { return status; }
-    Value notInitialized() { return kNotInitialized; }
-    void invoke(JNIEnv *e, jobject o, jmethodID m, const jvalue *a) { e->CallVoidMethodA(o, m, a); }
-    Value finish(JNIEnv *) { return kOk; }
-};
-
-// A Java string delivered into a caller buffer. The capacity is read when
-// the policy is made, on entry to the exported function.
-struct StringResult {
-    using Value = int;
-    static constexpr std::string_view kReturns = "Ljava/lang/String;";
-    StringOut out;
-    NullRule rule;
-    bool reportsNotInitialized = false;  // the 54-byte text when the guard fails
-    jstring raw = nullptr;
-
-    StringResult(char *buf, std::size_t *len, NullRule r, bool notInitText = false)
-        : out(buf, len), rule(r), reportsNotInitialized(notInitText) {}
-    static Value fail(int status) { return status; }
-    Value notInitialized() { return reportsNotInitialized ? deliverNotInitializedText(out) : kNotInitialized; }
-    void invoke(JNIEnv *e, jobject o, jmethodID m, const jvalue *a) {
-        raw = static_cast<jstring>(e->CallObjectMethodA(o, m, a));
-    }
-    Value finish(JNIEnv *e) {
-        const int status = deliverString(e, raw, out, rule);
-        discard(e);
-        return status;
-    }
-    void discard(JNIEnv *e) {
-        if (raw) e->DeleteLocalRef(raw);
-    }
-};
-
-inline StringResult emptyOnNull(char *buf, std::size_t *len) { return {buf, len, NullRule::EmptyString}; }
-inline StringResult zeroOnNull(char *buf, std::size_t *len) { return {buf, len, NullRule::NoText}; }
-// A null string where the SDK promises text is delivered as "".
-inline StringResult plain(char *buf, std::size_t *len) { return {buf, len, NullRule::EmptyString}; }
-
-// A Java object handed to the host as a local reference of its thread; null
-// on every failure.
-template <const CallRow &Row> struct ObjectResult {
-    using Value = jobject;
-    static constexpr std::string_view kReturns = returnDescriptor(Row);
-    jobject raw = nullptr;
-    static Value fail(int) { return nullptr; }
-    Value notInitialized() { return nullptr; }
-    void invoke(JNIEnv *e, jobject o, jmethodID m, const jvalue *a) { raw = e->CallObjectMethodA(o, m, a); }
-    Value finish(JNIEnv *) { return raw; }
-};
+// The setup of every call that reaches Java: null when the guard fails or the
+// thread cannot attach; else the calling thread's environment, with nothing
+// pending.
+template <Target T> inline JNIEnv *enter() {
+    if (!ready<T>()) return nullptr;
+    JNIEnv *e = state::attachCurrentThread();
+    if (e) e->ExceptionClear();
+    return e;
+}
 
 // ---------------------------------------------------------------------------
 
@@ -238,12 +153,6 @@ template <class R> inline void discard(JNIEnv *e, R &result) {
     if constexpr (requires { result.discard(e); }) result.discard(e);
 }
 
-// The guard of the frame's target.
-template <Target T> inline bool ready() {
-    static_assert(T == Target::Management || T == Target::Peach);
-    if constexpr (T == Target::Peach) return state::peachReady();
-    else return state::managementReady();
-}
 template <Target T> inline jclass targetClass() {
     if constexpr (T == Target::Peach) return state::peachClass();
     else return state::managementClass();
@@ -307,64 +216,42 @@ typename std::remove_cvref_t<R>::Value forward(R &&result, A... args) {
     static_assert(returnDescriptor(Row) == std::remove_cvref_t<R>::kReturns,
                   "result policy does not match the row's JNI signature");
 
-    if (!detail::ready<kTarget>()) return result.notInitialized();
-    JNIEnv *e = state::attachCurrentThread();
+    static_assert(kTarget == Target::Management || kTarget == Target::Peach);
+    JNIEnv *e = enter<kTarget>();
     if (!e) return result.notInitialized();
 
-    e->ExceptionClear();
     jmethodID method = detail::resolve(e, detail::targetClass<kTarget>(), Row, detail::slotOf<Row>());
     if (!method) {
         e->ExceptionClear();
-        return result.fail(kMethodNotFound);
+        return result.fail(VELMORA_STATUS_METHOD_NOT_FOUND);
     }
 
-    if (!detail::listsReadable(args...)) return result.fail(kJavaException);
+    if (!detail::listsReadable(args...)) return result.fail(VELMORA_STATUS_JAVA_EXCEPTION);
     std::array<jvalue, sizeof...(A) + 1> values{};
     [[maybe_unused]] const detail::ReferencesOf<A...> made(e, values.data());
     if (!detail::buildArguments(e, values.data(), std::index_sequence_for<A...>{}, args...)) {
         takeException(e);
-        return result.fail(kJavaException);
+        return result.fail(VELMORA_STATUS_JAVA_EXCEPTION);
     }
 
     result.invoke(e, detail::targetObject<kTarget>(), method, values.data());
     if constexpr (requires { result.returned(e); }) result.returned(e);
     if (takeException(e)) {
         detail::discard(e, result);
-        return result.fail(kJavaException);
+        return result.fail(VELMORA_STATUS_JAVA_EXCEPTION);
     }
     return result.finish(e);
 }
 
-// Shorthands for the common result kinds.
-template <const CallRow &Row, class... A> int forwardInt(A... args) {
-    return forward<Row>(IntResult{}, args...);
+// A row that returns a plain value (int, boolean, long or nothing).
+template <const CallRow &Row, class... A> auto forwardValue(A... args) {
+    return forward<Row>(valueResult<Row>(), args...);
 }
-template <const CallRow &Row, class... A> int forwardBool(A... args) {
-    return forward<Row>(BoolResult{}, args...);
-}
-template <const CallRow &Row, class... A> std::int64_t forwardLong(A... args) {
-    return forward<Row>(LongResult{}, args...);
-}
-template <const CallRow &Row, class... A> int forwardVoid(A... args) {
-    return forward<Row>(VoidResult{}, args...);
-}
-
-namespace detail {
-// The result policy of a row that returns a plain value (int, boolean, long
-// or nothing).
-template <const CallRow &Row> auto valueResult() {
-    constexpr std::string_view returns = returnDescriptor(Row);
-    if constexpr (returns == IntResult::kReturns) return IntResult{};
-    else if constexpr (returns == BoolResult::kReturns) return BoolResult{};
-    else if constexpr (returns == LongResult::kReturns) return LongResult{};
-    else return VoidResult{};
-}
-}  // namespace detail
 
 // A call whose last Java argument is one string list: `count` strings read
 // from `source` (a va_list or an array), after the `leading` arguments.
 template <const CallRow &Row, class... Leading> auto forwardList(ListSource &&source, int count, Leading... leading) {
-    return forward<Row>(detail::valueResult<Row>(), leading..., StringList{count, &source});
+    return forwardValue<Row>(leading..., StringList{count, &source});
 }
 
 // One name of an indexed collection per call: `Count` "(I)I" gives the size,

@@ -21,56 +21,74 @@ static_assert(sizeof(::velmora_peach_intermediate_callback_fun) == sizeof(void *
 static_assert(std::atomic_ref<velmora_intermediate_callback>::is_always_lock_free);
 static_assert(std::atomic_ref<void *>::is_always_lock_free);
 
-namespace {
-jclass stringClassRef = nullptr;
-jstring emptyStringRef = nullptr;
-}  // namespace
-
 MethodSlot resolvedMethods[calls::kRowCount];
 
 void dropResolvedMethods() {
     for (MethodSlot &slot : resolvedMethods) slot.drop();
 }
 
+namespace {
+
+jclass stringClassRef = nullptr;
+
+void store(void *&slot, void *value) { std::atomic_ref(slot).store(value, std::memory_order_release); }
+
+// Points a reference slot at a new global reference (or null), empties the
+// resolved methods, and only then releases the reference it held.
 void replaceGlobal(void *&slot, JNIEnv *jenv, jobject localOrNull) {
     jobject old = static_cast<jobject>(slot);
-    std::atomic_ref(slot).store(localOrNull ? jenv->NewGlobalRef(localOrNull) : nullptr, std::memory_order_release);
+    store(slot, localOrNull ? jenv->NewGlobalRef(localOrNull) : nullptr);
     dropResolvedMethods();
     if (old) jenv->DeleteGlobalRef(old);
 }
 
+}  // namespace
+
+void keepRuntimeLibrary(void *handle) { store(::jvmlibHandle, handle); }
+
+void adoptMachine(JavaVM *machine, JNIEnv *startupEnv) {
+    store(::jvm, machine);
+    store(::env, startupEnv);
+}
+
+JNIEnv *becomeStartupThread() {
+    JNIEnv *jenv = attachThread(vm(), Attach::NonDaemon);
+    store(::env, jenv);
+    return jenv;
+}
+
+void replaceManagementClass(JNIEnv *jenv, jclass local) { replaceGlobal(::cls, jenv, local); }
+void replaceManagement(JNIEnv *jenv, jobject localOrNull) { replaceGlobal(::sgc, jenv, localOrNull); }
+void replacePeachClass(JNIEnv *jenv, jclass localOrNull) { replaceGlobal(::pwcls, jenv, localOrNull); }
+void replacePeachWrapper(JNIEnv *jenv, jobject localOrNull) { replaceGlobal(::pwobj, jenv, localOrNull); }
+
 void forgetPeachWrapper(JNIEnv *jenv) {
-    replaceGlobal(::pwcls, jenv, nullptr);
-    replaceGlobal(::pwobj, jenv, nullptr);
+    replacePeachClass(jenv, nullptr);
+    replacePeachWrapper(jenv, nullptr);
 }
 
-void forgetMachineReferences() {
-    for (void **slot : {&::cls, &::sgc, &::pwcls, &::pwobj}) std::atomic_ref(*slot).store(nullptr);
-    stringClassRef = nullptr;
-    emptyStringRef = nullptr;
-    dropResolvedMethods();
-}
-
-void keepStringReferences(JNIEnv *jenv) {
-    if (!stringClassRef) {
-        jclass local = jenv->FindClass("java/lang/String");
-        if (local) {
-            stringClassRef = static_cast<jclass>(jenv->NewGlobalRef(local));
-            jenv->DeleteLocalRef(local);
-        }
-    }
-    if (!emptyStringRef) {
-        jstring local = jenv->NewStringUTF("");
-        if (local) {
-            emptyStringRef = static_cast<jstring>(jenv->NewGlobalRef(local));
-            jenv->DeleteLocalRef(local);
-        }
+void keepStringClass(JNIEnv *jenv) {
+    if (stringClassRef) return;
+    if (jclass local = jenv->FindClass("java/lang/String")) {
+        stringClassRef = static_cast<jclass>(jenv->NewGlobalRef(local));
+        jenv->DeleteLocalRef(local);
     }
     jenv->ExceptionClear();
 }
 
 jclass stringClass() { return stringClassRef; }
-jstring emptyString() { return emptyStringRef; }
+
+void tearDownMachine(TearDown order) {
+    JavaVM *machine = vm();
+    if (order == TearDown::DetachFirst) detachCurrentThread(machine);
+    machine->DestroyJavaVM();
+    detachWhenThreadEnds(nullptr);  // nothing is left to detach from
+    store(::env, nullptr);
+    // The references died with the machine: forgotten, never released.
+    for (void **slot : {&::cls, &::sgc, &::pwcls, &::pwobj}) store(*slot, nullptr);
+    stringClassRef = nullptr;
+    dropResolvedMethods();
+}
 
 namespace {
 

@@ -32,18 +32,40 @@ inline bool managementReady() { return management() && managementClass() && star
 // The guard of every peach call.
 inline bool peachReady() { return peachWrapper() && peachClass() && startupEnv(); }
 
-// Replaces a global-reference slot, releasing the reference it held.
-void replaceGlobal(void *&slot, JNIEnv *jenv, jobject localOrNull);
-// Forgets the peach wrapper (unload); releases its global references.
-void forgetPeachWrapper(JNIEnv *jenv);
-// Forgets every reference held into a machine that no longer exists.
-void forgetMachineReferences();
+inline void *runtimeLibrary() { return detail::load<void *>(::jvmlibHandle); }
 
-// The class java/lang/String and the empty string, both global references
-// made once per machine by start-up; null before that.
-void keepStringReferences(JNIEnv *jenv);
+// ---------------------------------------------------------------------------
+// The operations that change the bridge state. This module is the only
+// writer of the exported variables; each class or object slot holds a global
+// reference, and replacing or forgetting one releases the reference it held
+// and empties every resolved method (below).
+
+// The loader handle of the runtime library that start-up loaded.
+void keepRuntimeLibrary(void *handle);
+// The machine that start-up created or joined, and the environment of the
+// start-up thread (null when the thread could not join it).
+void adoptMachine(JavaVM *machine, JNIEnv *startupEnv);
+// Attaches the calling thread to the machine as an ordinary (non-daemon)
+// thread and makes it the start-up thread; its environment, or null.
+JNIEnv *becomeStartupThread();
+// The management class and the management object (local references or null).
+void replaceManagementClass(JNIEnv *jenv, jclass local);
+void replaceManagement(JNIEnv *jenv, jobject localOrNull);
+// The peach wrapper's class and object; forgetPeachWrapper drops both.
+void replacePeachClass(JNIEnv *jenv, jclass localOrNull);
+void replacePeachWrapper(JNIEnv *jenv, jobject localOrNull);
+void forgetPeachWrapper(JNIEnv *jenv);
+// The class java/lang/String of the machine (the element class of string
+// lists), kept by start-up; null before that.
+void keepStringClass(JNIEnv *jenv);
 jclass stringClass();
-jstring emptyString();
+
+// The one tear-down of a machine that start-up or an initialiser gives up
+// on: the calling thread is detached first (DetachFirst) or not, the machine
+// is destroyed, and every reference into it is forgotten, so that only a new
+// start-up can follow.
+enum class TearDown { DetachFirst, DestroyAttached };
+void tearDownMachine(TearDown order);
 
 // ---------------------------------------------------------------------------
 // Resolved methods: one slot per row of the call table, holding the method ID

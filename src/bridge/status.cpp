@@ -8,29 +8,16 @@
 namespace velmora {
 namespace {
 
-// Built-in texts for 0 and -11 to -25, indexed by -code; null where a code
-// in that range has none.
-constexpr const char *kTexts[26] = {
-    "OK",
-    nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-    "Java is not initialized",
-    "Java method could not be found",
-    "Uncaught exception thrown from Java",
-    "Unable to find the constructor of Management Interface",
-    "Unable to find the initializer of Management Interface",
-    "Unable to initialize Management Interface",
-    "Unknown error",
-    "Unable to find Java",
-    "Unable to find Java version",
-    "Unable to find Java keypath",
-    "Unable to find Java runtime library location",
-    "Unable to find Java runtime library",
-    "String buffer is too small.",
-    "File index is out of bounds.",
-    "VARIANT type is invalid, BSTR expected.",
-};
-
-const char *builtInText(int code) { return code <= 0 && code >= -25 ? kTexts[-code] : nullptr; }
+// The library's own text for a status code, or null for any other code.
+const char *builtInText(int code) {
+    switch (code) {
+#define VELMORA_STATUS_TEXT(name, value, kind, text) \
+    case value: return text;
+        VELMORA_STATUS_CODES(VELMORA_STATUS_TEXT)
+#undef VELMORA_STATUS_TEXT
+    default: return nullptr;
+    }
+}
 
 }  // namespace
 }  // namespace velmora
@@ -41,9 +28,9 @@ extern "C" VELMORA_API int velmora_describeStatusCode(int code, char *buf, size_
         StringOut out(buf, len);
         const std::size_t bytes = std::strlen(text) + 1;
         out.setLength(bytes);
-        if (out.capacity() < bytes) return kBufferTooSmall;
+        if (out.capacity() < bytes) return VELMORA_STATUS_BUFFER_TOO_SMALL;
         out.write(text);
-        return kOk;
+        return VELMORA_STATUS_OK;
     }
-    return forward<calls::describeStatusCode>(plain(buf, len), code);
+    return forward<calls::describeStatusCode>(textResult(buf, len), code);
 }

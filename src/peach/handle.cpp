@@ -12,30 +12,30 @@ int fetchWrapper(JNIEnv *e) {
     jmethodID getWrapper = e->GetMethodID(state::managementClass(), calls::getPeachWrapper.method,
                                           calls::getPeachWrapper.signature);
     e->ExceptionClear();
-    if (!getWrapper) return kMethodNotFound;
+    if (!getWrapper) return VELMORA_STATUS_METHOD_NOT_FOUND;
 
     jclass wrapperClass = e->FindClass(className(calls::peach_get.target));
     if (!wrapperClass) {
         e->ExceptionClear();
         state::forgetPeachWrapper(e);
-        return kMethodNotFound;
+        return VELMORA_STATUS_METHOD_NOT_FOUND;
     }
-    state::replaceGlobal(::pwcls, e, wrapperClass);
+    state::replacePeachClass(e, wrapperClass);
     e->DeleteLocalRef(wrapperClass);
 
     jobject wrapper = e->CallObjectMethod(state::management(), getWrapper);
     if (takeException(e)) {
-        state::replaceGlobal(::pwobj, e, nullptr);
-        return kJavaException;
+        state::replacePeachWrapper(e, nullptr);
+        return VELMORA_STATUS_JAVA_EXCEPTION;
     }
     // A wrapper that is not there cannot be kept; `get` is never called on it.
     if (!wrapper) {
-        state::replaceGlobal(::pwobj, e, nullptr);
-        return kInitFailed;
+        state::replacePeachWrapper(e, nullptr);
+        return VELMORA_STATUS_INIT_FAILED;
     }
-    state::replaceGlobal(::pwobj, e, wrapper);
+    state::replacePeachWrapper(e, wrapper);
     e->DeleteLocalRef(wrapper);
-    return kOk;
+    return VELMORA_STATUS_OK;
 }
 
 }  // namespace
@@ -44,20 +44,19 @@ int fetchWrapper(JNIEnv *e) {
 using namespace velmora;
 
 extern "C" VELMORA_API int velmora_peach_handle(void) {
-    if (!state::managementReady()) return kNotInitialized;
-    JNIEnv *e = state::attachCurrentThread();
-    if (!e) return kNotInitialized;
+    JNIEnv *e = enter<Target::Management>();
+    if (!e) return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
 
     if (!state::peachClass() || !state::peachWrapper()) {
-        if (const int status = fetchWrapper(e); status != kOk) return status;
+        if (const int status = fetchWrapper(e); status != VELMORA_STATUS_OK) return status;
     }
 
     jmethodID get = detail::resolve(e, state::peachClass(), calls::peach_get, detail::slotOf<calls::peach_get>());
     if (!get) {
         e->ExceptionClear();
-        return kMethodNotFound;
+        return VELMORA_STATUS_METHOD_NOT_FOUND;
     }
     const jint handle = e->CallIntMethod(state::peachWrapper(), get);
-    if (takeException(e)) return kJavaException;
+    if (takeException(e)) return VELMORA_STATUS_JAVA_EXCEPTION;
     return handle;
 }

@@ -8,39 +8,32 @@ namespace {
 
 // The initialiser's call reports a missing method as "no initialiser".
 struct InitialiserResult : IntResult {
-    static Value fail(int status) { return status == kMethodNotFound ? kNoInitializer : status; }
+    static Value fail(int status) { return status == VELMORA_STATUS_METHOD_NOT_FOUND ? VELMORA_STATUS_NO_INITIALIZER : status; }
 };
 
 // Starts the runtime if needed and makes a new management object current.
 int constructManagementObject() {
-    if (!::env) {
-        if (const int status = runtime::startUp(); status != kOk) return status;
-    } else {
-        ::env = state::attachThread(state::vm(), state::Attach::NonDaemon);
-    }
+    if (const int status = runtime::startOrAttach(); status != VELMORA_STATUS_OK) return status;
     JNIEnv *jenv = state::startupEnv();
     jclass klass = state::managementClass();
     jmethodID constructor = jenv->GetMethodID(klass, calls::constructor.method, calls::constructor.signature);
     if (!constructor) {
         jenv->ExceptionClear();
-        state::vm()->DestroyJavaVM();
-        state::detachWhenThreadEnds(nullptr);  // nothing is left to detach from
-        ::env = nullptr;
-        state::forgetMachineReferences();
-        return kNoConstructor;
+        state::tearDownMachine(state::TearDown::DestroyAttached);
+        return VELMORA_STATUS_NO_CONSTRUCTOR;
     }
     jobject object = jenv->NewObject(klass, constructor);
-    state::replaceGlobal(::sgc, jenv, object);
+    state::replaceManagement(jenv, object);
     if (!object) {
         jenv->ExceptionClear();
-        return kInitFailed;
+        return VELMORA_STATUS_INIT_FAILED;
     }
     jenv->DeleteLocalRef(object);
-    return kOk;
+    return VELMORA_STATUS_OK;
 }
 
 template <const CallRow &Row, class... A> int initialise(A... args) {
-    if (const int status = constructManagementObject(); status != kOk) return status;
+    if (const int status = constructManagementObject(); status != VELMORA_STATUS_OK) return status;
     return forward<Row>(InitialiserResult{}, args...);
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "bridge/calls.hpp"
-#include "bridge/marshal.hpp"
+#include "bridge/strings.hpp"
 #include "bridge/state.hpp"
 #include "runtime/locator.hpp"
 
@@ -53,13 +53,13 @@ void *openRuntime(const std::string &path, std::string &error) {
 // JDKs keep libjvm are tried before giving up with the bare name's error.
 bool loadRuntimeLibrary(const Location &location) {
     std::string error;
-    ::jvmlibHandle = openRuntime(location.runtimePath, error);
+    state::keepRuntimeLibrary(openRuntime(location.runtimePath, error));
     if (error.empty()) return true;
     if (location.source == Location::Source::BareName) {
         for (const std::string &candidate : modernRuntimeCandidates()) {
             std::string ignored;
             if (void *handle = openRuntime(candidate, ignored)) {
-                ::jvmlibHandle = handle;
+                state::keepRuntimeLibrary(handle);
                 return true;
             }
         }
@@ -70,7 +70,7 @@ bool loadRuntimeLibrary(const Location &location) {
 }
 
 bool resolveInvocationApi(InvocationApi &api) {
-    void *lib = ::jvmlibHandle;
+    void *lib = state::runtimeLibrary();
     api.create = reinterpret_cast<CreateJavaVMFn>(dlsym(lib, "JNI_CreateJavaVM"));
     if (reportLoaderError()) return false;
     api.defaults = reinterpret_cast<GetDefaultArgsFn>(dlsym(lib, "JNI_GetDefaultJavaVMInitArgs"));
@@ -85,29 +85,13 @@ int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
     jsize count = 0;
     JNIEnv *jenv = nullptr;
     if (api.created(&machine, 1, &count) == JNI_OK && count >= 1) {
-        ::jvm = machine;
-        state::attachThread(machine, state::Attach::NonDaemon);
-        if (machine->GetEnv(reinterpret_cast<void **>(&jenv), JNI_VERSION_1_4) != JNI_OK) {
-            ::env = nullptr;
-            return kNotInitialized;
-        }
-        ::env = jenv;
-        return kOk;
+        state::adoptMachine(machine, nullptr);
+        return state::becomeStartupThread() ? VELMORA_STATUS_OK : VELMORA_STATUS_JAVA_NOT_INITIALIZED;
     }
-    if (api.create(&machine, reinterpret_cast<void **>(&jenv), &args) != JNI_OK) {
-        ::env = nullptr;
-        return kNotInitialized;
-    }
-    ::jvm = machine;
-    ::env = jenv;
+    if (api.create(&machine, reinterpret_cast<void **>(&jenv), &args) != JNI_OK) return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
+    state::adoptMachine(machine, jenv);
     state::detachWhenThreadEnds(machine);  // creating the machine attached this thread
-    return kOk;
-}
-
-JNIEnv *attachAsStartupThread() {
-    JNIEnv *jenv = state::attachThread(state::vm(), state::Attach::NonDaemon);
-    ::env = jenv;
-    return jenv;
+    return VELMORA_STATUS_OK;
 }
 
 }  // namespace
@@ -118,9 +102,9 @@ std::string classPathOption(const std::string &dir) {
 
 int startUp() {
     const Location location = locate(ownLibraryFile());
-    if (!loadRuntimeLibrary(location)) return kLibraryNotFound;
+    if (!loadRuntimeLibrary(location)) return VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
     InvocationApi api;
-    if (!resolveInvocationApi(api)) return kLibraryNotFound;
+    if (!resolveInvocationApi(api)) return VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
 
     std::string classPath = classPathOption(location.libraryDir);
     JavaVMOption options[3] = {};
@@ -135,28 +119,30 @@ int startUp() {
     args.options = options;
     args.ignoreUnrecognized = JNI_TRUE;
 
-    if (!::env) {
-        if (const int status = joinOrCreate(api, args); status != kOk) return status;
+    if (!state::startupEnv()) {
+        if (const int status = joinOrCreate(api, args); status != VELMORA_STATUS_OK) return status;
     } else {
-        attachAsStartupThread();
+        state::becomeStartupThread();
     }
 
     JNIEnv *jenv = state::startupEnv();
     jclass management = jenv->FindClass(className(Target::Management));
     if (!management) {
         jenv->ExceptionClear();
-        JavaVM *machine = state::vm();
-        state::detachCurrentThread(machine);
-        machine->DestroyJavaVM();
-        ::env = nullptr;
-        state::forgetMachineReferences();
-        return kMethodNotFound;
+        state::tearDownMachine(state::TearDown::DetachFirst);
+        return VELMORA_STATUS_METHOD_NOT_FOUND;
     }
-    state::replaceGlobal(::cls, jenv, management);
+    state::replaceManagementClass(jenv, management);
     jenv->DeleteLocalRef(management);
-    state::keepStringReferences(jenv);
-    attachAsStartupThread();
-    return kOk;
+    state::keepStringClass(jenv);
+    state::becomeStartupThread();
+    return VELMORA_STATUS_OK;
+}
+
+int startOrAttach() {
+    if (!state::startupEnv()) return startUp();
+    state::becomeStartupThread();
+    return VELMORA_STATUS_OK;
 }
 
 }  // namespace velmora::runtime

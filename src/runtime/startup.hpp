@@ -12,4 +12,8 @@ std::string classPathOption(const std::string &libraryDir);
 // velmora_initJava: 0, -22, -11 or -12.
 int startUp();
 
+// What an initialiser needs first: start-up when no machine is ready, else
+// the calling thread made the start-up thread. 0 or start-up's status.
+int startOrAttach();
+
 }  // namespace velmora::runtime

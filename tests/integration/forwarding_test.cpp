@@ -14,8 +14,9 @@
 
 namespace {
 
-// Every row (but those whose name starts with `skip`) with its overloads scripted as the table says, or all
-// to throw; `before` runs on the calling thread just ahead of each call. A row
+// Every row (but those whose name starts with `skip`) with its overloads
+// scripted as the table says, or all to throw; `before` runs on the calling
+// thread just ahead of each call. A row
 // reaches Java as the table says, or, throwing, is -13 after its first
 // overload, with no output.
 void pass(bool throws, void (*before)() = [] {}, const std::string &skip = "") {
@@ -46,18 +47,13 @@ TEST_F(Forwarding, EveryFunctionReachesItsOverloadAndDeliversItsResult) { pass(f
 
 // The host's own pending exception is discarded, not blamed on the call: the
 // method still runs once and its result comes back (a retry would repeat it).
-// The handler registration is the exception: it reads a pending exception as
-// its handler object's failure (-13) before Java is called.
 TEST_F(Forwarding, AnExceptionLeftPendingByTheHostIsNoFailure) {
-    pass(
-        false,
-        [] {
-            JNIEnv *e = threadEnv();
-            jclass thrown = e->FindClass("java/lang/IllegalStateException");
-            e->ThrowNew(thrown, "host");
-            e->DeleteLocalRef(thrown);
-        },
-        "peach_setIntermediateResultHandler");
+    pass(false, [] {
+        JNIEnv *e = threadEnv();
+        jclass thrown = e->FindClass("java/lang/IllegalStateException");
+        e->ThrowNew(thrown, "host");
+        e->DeleteLocalRef(thrown);
+    });
 }
 
 // The exception is described on standard error, then cleared.

@@ -230,6 +230,7 @@ inline std::vector<Row> forwarders() {
         PEACH(done, (5), "done(I)V 5"),
         {"peach_getLastErrorMessage", CALL(velmora_peach_getLastErrorMessage(5, OUT)), {{"getLastErrorMessage(I)" S " 5", "boom"}}, 0, "boom", true},
         {"peach_setIntermediateResultHandler", CALL(velmora_peach_setIntermediateResultHandler(5, nullptr)), {{handler, ""}}, 0},
+        {"peach_handle", CALL(velmora_peach_handle()), {{"get()I", "5"}}, 5},
 
         {"unload(0)", CALL(velmora_unload(0)), {{"unload(Z)I false", "95"}}, 95},
         {"unload", CALL(velmora_unload(2)), {{"unload(Z)I true", "92"}}, 92},

@@ -1,6 +1,5 @@
-// Running a peach description: execute, result files, post-processing, done,
-// the last error message, and intermediate results delivered to the host's
-// C callback through the native method of NativeFunctionCaller.
+// Intermediate results of a peach run, delivered to the host's C callback
+// through the native method of NativeFunctionCaller.
 #include "bridge/frame.hpp"
 
 namespace velmora {
@@ -16,31 +15,31 @@ int newHandlerObject(JNIEnv *e, jobject *handler) {
         caller ? e->GetMethodID(caller, calls::callerConstructor.method, calls::callerConstructor.signature) : nullptr;
     if (!constructor) {
         e->ExceptionClear();
-        return kMethodNotFound;
+        return VELMORA_STATUS_METHOD_NOT_FOUND;
     }
 
     jobject object = e->NewObject(caller, constructor);
-    if (takeException(e) || !object) return kJavaException;
+    if (takeException(e) || !object) return VELMORA_STATUS_JAVA_EXCEPTION;
     const JNINativeMethod binding{const_cast<char *>(calls::callerFunc.method),
                                   const_cast<char *>(calls::callerFunc.signature),
                                   reinterpret_cast<void *>(&velmora_peach_intermediate_callback)};
     const jint registered = e->RegisterNatives(caller, &binding, 1);
-    if (takeException(e) || registered != JNI_OK) return kJavaException;
+    if (takeException(e) || registered != JNI_OK) return VELMORA_STATUS_JAVA_EXCEPTION;
     *handler = object;
-    return kOk;
+    return VELMORA_STATUS_OK;
 }
 
 int registerHandler(int handle, velmora_intermediate_callback callback) {
-    if (!state::peachReady()) return kNotInitialized;
-    CallScope scope(8);
-    if (const int status = scope.status(); status != kOk) return status;
-    JNIEnv *e = scope.env();
+    JNIEnv *e = enter<Target::Peach>();
+    if (!e) return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
+    const LocalFrame frame(e, 8);
+    if (const int status = frame.status(); status != VELMORA_STATUS_OK) return status;
 
     jobject handler = nullptr;
-    if (const int status = newHandlerObject(e, &handler); status != kOk) return status;
-    const int status = forwardVoid<calls::peach_setIntermediateResultHandler>(handle, ResultHandler{handler});
+    if (const int status = newHandlerObject(e, &handler); status != VELMORA_STATUS_OK) return status;
+    const int status = forwardValue<calls::peach_setIntermediateResultHandler>(handle, ResultHandler{handler});
     // The callback changes only once Java has taken the handler.
-    if (status == kOk) state::setCallback(callback);
+    if (status == VELMORA_STATUS_OK) state::setCallback(callback);
     return status;
 }
 
@@ -50,22 +49,6 @@ int registerHandler(int handle, velmora_intermediate_callback callback) {
 using namespace velmora;
 
 extern "C" {
-
-VELMORA_API int velmora_peach_execute(int handle) { return forwardInt<calls::peach_execute>(handle); }
-
-VELMORA_API int velmora_peach_nextFile(int handle, char *buf, size_t *len) {
-    return forward<calls::peach_nextFile>(zeroOnNull(buf, len), handle);
-}
-
-VELMORA_API int velmora_peach_postProcessed(int handle, int value) {
-    return forwardVoid<calls::peach_postProcessed>(handle, value);
-}
-
-VELMORA_API int velmora_peach_done(int handle) { return forwardVoid<calls::peach_done>(handle); }
-
-VELMORA_API int velmora_peach_getLastErrorMessage(int handle, char *buf, size_t *len) {
-    return forward<calls::peach_getLastErrorMessage>(zeroOnNull(buf, len), handle);
-}
 
 VELMORA_API int velmora_peach_setIntermediateResultHandler(int handle, velmora_intermediate_callback callback) {
     return registerHandler(handle, callback);

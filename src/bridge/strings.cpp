@@ -1,4 +1,4 @@
-#include "bridge/marshal.hpp"
+#include "bridge/strings.hpp"
 
 #include <cstring>
 #include <string>
@@ -105,7 +105,7 @@ jstring newJavaString(JNIEnv *jenv, const char *text) {
 
 jobjectArray newStringArray(JNIEnv *jenv, jsize count) {
     jclass element = state::stringClass();
-    return element ? jenv->NewObjectArray(count, element, state::emptyString()) : nullptr;
+    return element ? jenv->NewObjectArray(count, element, nullptr) : nullptr;
 }
 
 bool fillStringArray(JNIEnv *jenv, jobjectArray array, int count, ListSource &source) {
@@ -134,21 +134,21 @@ int deliverString(JNIEnv *jenv, jstring text, StringOut &out, NullRule rule) {
     if (!text) {
         if (rule == NullRule::NoText) {
             out.setLength(0);
-            return kOk;
+            return VELMORA_STATUS_OK;
         }
         out.setLength(1);
-        if (out.capacity() == 0) return kBufferTooSmall;
+        if (out.capacity() == 0) return VELMORA_STATUS_BUFFER_TOO_SMALL;
         out.writeEmptyIfRoom();
-        return kOk;
+        return VELMORA_STATUS_OK;
     }
     // The length alone decides whether the text fits; the bytes are converted
     // straight into the caller's buffer.
     const std::size_t bytes = static_cast<std::size_t>(jenv->GetStringUTFLength(text));
     out.setLength(bytes + 1);
-    if (out.capacity() < bytes + 1) return kBufferTooSmall;
+    if (out.capacity() < bytes + 1) return VELMORA_STATUS_BUFFER_TOO_SMALL;
     jenv->GetStringUTFRegion(text, 0, jenv->GetStringLength(text), out.buffer());
     out.buffer()[bytes] = '\0';
-    return kOk;
+    return VELMORA_STATUS_OK;
 }
 
 int deliverNotInitializedText(StringOut &out) {
@@ -157,7 +157,7 @@ int deliverNotInitializedText(StringOut &out) {
         out.write(kNotInitializedText);
         out.buffer()[kNotInitializedBytes - 1] = '\0';
     }
-    return kNotInitialized;
+    return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
 }
 
 }  // namespace velmora
