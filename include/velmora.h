@@ -56,6 +56,28 @@
  *    library. So short-lived threads leave no Java thread behind, and a host
  *    may destroy the JVM (velmora_getJavaVM()->DestroyJavaVM()) once the
  *    threads that ran start-up or an initialiser have ended.
+ *  - Signals: creating the JVM installs the runtime's handlers for SIGINT,
+ *    SIGTERM and SIGHUP, which run the Java shutdown hooks and then end the
+ *    process. A handler that the host installed for one of them before
+ *    start-up is installed again once the JVM exists, so the host keeps it;
+ *    a signal left at its default gets the runtime's behaviour, an ignored one
+ *    stays ignored, and joining a JVM that already runs changes nothing. The
+ *    runtime relies on SIGSEGV and SIGBUS itself (its safepoint polls fault on
+ *    purpose): a host that installs handlers for them after start-up, as
+ *    crash reporters do, must chain to the runtime's, which starting the host
+ *    with LD_PRELOAD=<java home>/lib/libjsig.so does (velmora-doctor prints
+ *    the line for the runtime it finds).
+ *  - Shutdown hooks run when the runtime's own signal handlers end the
+ *    process, not when the host returns from main or calls exit. A host whose
+ *    SDK needs them destroys the JVM before it ends:
+ *    velmora_getJavaVM()->DestroyJavaVM(), once its other calling threads
+ *    have ended (see above); no Java can be started again in that process.
+ *  - fork: in a child forked from a process whose JVM had started, every
+ *    function that would reach Java, velmora_initJava and the initialisers
+ *    included, returns VELMORA_STATUS_JAVA_NOT_INITIALIZED at once without
+ *    touching the copied JVM (fork copies none of its threads); the status
+ *    texts keep working and the parent is unaffected. A child that execs
+ *    needs nothing.
  *  - Calls that must not overlap any other call into the library, on any
  *    thread: velmora_initJava, the four initialisers, the three unload
  *    functions, the first velmora_peach_handle (the one that fetches the

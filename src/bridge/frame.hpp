@@ -75,8 +75,11 @@ private:
 
 // The guard of each target: a management call needs the management object,
 // its class and a started runtime (tested in this order), a peach call the
-// peach wrapper, and a System call only the started runtime.
+// peach wrapper, and a System call only the started runtime. In a forked
+// child nothing may reach the copied machine.
 template <Target T> inline bool ready() {
+    if (state::inForkedChild()) [[unlikely]]
+        return false;
     if constexpr (T == Target::Peach) return state::peachReady();
     else if constexpr (T == Target::Management) return state::managementReady();
     else return state::startupEnv() != nullptr;

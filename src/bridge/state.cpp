@@ -31,6 +31,13 @@ namespace {
 
 jclass stringClassRef = nullptr;
 
+// Set in a forked child when the parent had a machine; read on every call.
+std::atomic<bool> forkedFromMachine{false};
+void markForkedChild() {
+    if (vm()) forkedFromMachine.store(true, std::memory_order_relaxed);
+}
+[[maybe_unused]] const int forkWatch = pthread_atfork(nullptr, nullptr, markForkedChild);
+
 void store(void *&slot, void *value) { std::atomic_ref(slot).store(value, std::memory_order_release); }
 
 // Points a reference slot at a new global reference (or null), empties the
@@ -43,6 +50,8 @@ void replaceGlobal(void *&slot, JNIEnv *jenv, jobject localOrNull) {
 }
 
 }  // namespace
+
+bool inForkedChild() { return forkedFromMachine.load(std::memory_order_relaxed); }
 
 void keepRuntimeLibrary(void *handle) { store(::jvmlibHandle, handle); }
 

@@ -26,6 +26,11 @@ inline jobject management() { return detail::load<jobject>(::sgc); }
 inline jclass peachClass() { return detail::load<jclass>(::pwcls); }
 inline jobject peachWrapper() { return detail::load<jobject>(::pwobj); }
 
+// Whether this process is a child forked from one whose machine had started:
+// fork copied the machine's memory but none of its threads, so the copy must
+// never be touched (its first collection would wait for ever).
+bool inForkedChild();
+
 // The guard of every management call: management object, class and a
 // started runtime, tested in this order.
 inline bool managementReady() { return management() && managementClass() && startupEnv(); }

@@ -1,9 +1,11 @@
 #include "runtime/startup.hpp"
 
 #include <dlfcn.h>
+#include <signal.h>
 #include <jni.h>
 
 #include <cstdio>
+#include <iterator>
 #include <string>
 
 #include "bridge/calls.hpp"
@@ -79,6 +81,31 @@ bool resolveInvocationApi(InvocationApi &api) {
     return !reportLoaderError();
 }
 
+// The host's own handlers of the signals for which creating a machine
+// installs the runtime's (shutdown hooks, then exit): read before the
+// creation and installed again after it, so that a host keeps what it chose.
+// A signal the host left at its default keeps the runtime's behaviour; one it
+// ignores the runtime leaves ignored itself.
+class HostSignalHandlers {
+public:
+    HostSignalHandlers() {
+        for (std::size_t i = 0; i < std::size(kSignals); ++i) sigaction(kSignals[i], nullptr, &saved_[i]);
+    }
+    void reinstall() const {
+        for (std::size_t i = 0; i < std::size(kSignals); ++i) {
+            if (hostsOwn(saved_[i])) sigaction(kSignals[i], &saved_[i], nullptr);
+        }
+    }
+
+private:
+    static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+    static bool hostsOwn(const struct sigaction &action) {
+        if (action.sa_flags & SA_SIGINFO) return action.sa_sigaction != nullptr;
+        return action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN;
+    }
+    struct sigaction saved_[std::size(kSignals)] = {};
+};
+
 // Joins the machine already running in the process, or creates one.
 int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
     JavaVM *machine = nullptr;
@@ -88,7 +115,9 @@ int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
         state::adoptMachine(machine, nullptr);
         return state::becomeStartupThread() ? VELMORA_STATUS_OK : VELMORA_STATUS_JAVA_NOT_INITIALIZED;
     }
+    const HostSignalHandlers host;
     if (api.create(&machine, reinterpret_cast<void **>(&jenv), &args) != JNI_OK) return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
+    host.reinstall();
     state::adoptMachine(machine, jenv);
     state::detachWhenThreadEnds(machine);  // creating the machine attached this thread
     return VELMORA_STATUS_OK;
@@ -101,6 +130,7 @@ std::string classPathOption(const std::string &dir) {
 }
 
 int startUp() {
+    if (state::inForkedChild()) return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
     const Location location = locate(ownLibraryFile());
     if (!loadRuntimeLibrary(location)) return VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
     InvocationApi api;
@@ -140,7 +170,7 @@ int startUp() {
 }
 
 int startOrAttach() {
-    if (!state::startupEnv()) return startUp();
+    if (!state::startupEnv() || state::inForkedChild()) return startUp();
     state::becomeStartupThread();
     return VELMORA_STATUS_OK;
 }

@@ -1,6 +1,8 @@
 // The bridge's state over its life: initialisers replacing the management
 // object, unloading and the peach wrapper, plug-ins, the result callback,
 // threads that end.
+#include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <thread>
@@ -8,6 +10,52 @@
 #include "support/fixture.hpp"
 
 namespace {
+
+// The host keeps the SIGINT and SIGTERM handlers it installed before start-up,
+// and they run with the process going on; SIGHUP, left at its default, gets
+// the runtime's handler.
+std::atomic<int> caught{0};
+TEST(Host, KeepsTheSignalHandlersItInstalledBeforeStartUp) {
+    struct sigaction own = {};
+    own.sa_handler = [](int signal) { caught += signal; };
+    for (int signal : {SIGINT, SIGTERM}) sigaction(signal, &own, nullptr);
+    ASSERT_EQ(velmora_init(), 0);
+    struct sigaction now = {};
+    for (int signal : {SIGINT, SIGTERM}) {
+        sigaction(signal, nullptr, &now);
+        EXPECT_EQ(now.sa_handler, own.sa_handler) << signal;
+    }
+    sigaction(SIGHUP, nullptr, &now);
+    EXPECT_NE(now.sa_handler, SIG_DFL);
+    raise(SIGINT);
+    raise(SIGTERM);
+    EXPECT_EQ(caught, SIGINT + SIGTERM);
+    EXPECT_EQ(velmora_open(), 0);
+}
+
+// A forked child never touches the copied machine: whatever would reach Java
+// is -11 at once (a large list would otherwise wait for ever on the first
+// collection), status texts still work, and the parent goes on.
+TEST_F(PeachBridge, AForkedChildGets11AtOnce) {
+    std::vector<const char *> many(20000, "job");
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(1);  // a call that hangs ends the child
+        char text[64];
+        std::size_t len = sizeof text;
+        const int results[] = {velmora_getProjectStatus(1), velmora_createJob3(1, 20000, many.data()),
+                               velmora_init(), velmora_initJava(), velmora_peach_handle(), velmora_peach_setJobs(5, 1),
+                               velmora_getJavaSystemProperty("java.version", text, &len)};
+        bool ok = velmora_describeStatusCode(-11, text, &len) == 0;
+        for (int result : results) ok = ok && result == VELMORA_STATUS_JAVA_NOT_INITIALIZED;
+        _exit(ok ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_EQ(velmora_open(), 0);
+    EXPECT_EQ(sdk::journal(), Journal{"open()I"});
+}
 
 TEST_F(Bridge, InitialisersReachTheirOverloadsAndReplaceTheObject) {
     EXPECT_EQ(velmora_initFile("a.conf"), 0);
