@@ -604,6 +604,28 @@ VELMORA_API int velmora_peach_setIntermediateResultHandler(int handle,
  * for hosts to call. */
 VELMORA_API void velmora_peach_intermediate_callback(JNIEnv *jenv, jobject self, jstring text);
 
+/* ------------------------------------------------------------------------ */
+/* The library's own extensions (symbol version VELMORA_1.1)                 */
+/* ------------------------------------------------------------------------ */
+
+/* The calling thread's account of the last call on that thread that returned
+ * one of the library's failures (-11 to -22), as a string result (*len is the
+ * size needed with its NUL; VELMORA_STATUS_BUFFER_TOO_SMALL and nothing
+ * written when it does not fit). For -13, the Java exception as the JVM
+ * prints it: class, message, stack trace and its causes. For -12, the Java
+ * class, method and signature that were not found. For start-up and the
+ * initialisers, the cause in words (the runtime library path and the
+ * configuration lines it came from, the class path, whether only a new
+ * process can start Java) and a last line "-> run: velmora-doctor <library>".
+ * An empty text before the thread's first failure. A later call that
+ * succeeds leaves the account as it is (as errno), and a call that returns
+ * -23 or -24 does not change it. Works without Java. */
+VELMORA_API int velmora_describeLastFailure(char *buf, size_t *len);
+
+/* The version of the library that is loaded: VELMORA_VERSION_STRING of the
+ * build, which a host may compare with the header's. */
+VELMORA_API const char *velmora_libraryVersion(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -64,17 +64,18 @@ Reading readText(Call &&call, std::string &out) {
 // Builds and throws the exception for a negative status: the class that
 // velmora.h names as the status's kind.
 [[noreturn]] [[gnu::cold]] [[gnu::noinline]] inline void fail(int code) {
-    std::string description, message;
+    std::string failure, description, message;
+    readText(velmora_describeLastFailure, failure);  // first: the calls below may fail themselves
     auto describe = [code](char *buf, std::size_t *len) { return velmora_describeStatusCode(code, buf, len); };
     Reading described = readText(describe, description);
     if (described.status != VELMORA_STATUS_OK) description = "status " + std::to_string(code);
     readText(velmora_getLastErrorMessage, message);  // left empty when it fails
     switch (code) {
 #define VELMORA_THROW_KIND(name, value, kind, text) \
-    case value: throw kind(code, std::move(description), std::move(message));
+    case value: throw kind(code, std::move(description), std::move(message), std::move(failure));
         VELMORA_STATUS_CODES(VELMORA_THROW_KIND)
 #undef VELMORA_THROW_KIND
-    default: throw Error(code, std::move(description), std::move(message));
+    default: throw Error(code, std::move(description), std::move(message), std::move(failure));
     }
 }
 

@@ -10,11 +10,9 @@ int indexedName(const CallRow &count, state::MethodSlot &countSlot, const CallRo
 
     jclass klass = state::managementClass();
     jmethodID countMethod = detail::resolve(e, klass, count, countSlot);
-    jmethodID nameMethod = countMethod ? detail::resolve(e, klass, name, nameSlot) : nullptr;
-    if (!nameMethod) {
-        e->ExceptionClear();
-        return VELMORA_STATUS_METHOD_NOT_FOUND;
-    }
+    if (!countMethod) return failure::methodNotFound(e, count);
+    jmethodID nameMethod = detail::resolve(e, klass, name, nameSlot);
+    if (!nameMethod) return failure::methodNotFound(e, name);
 
     jobject target = state::management();
     const jint size = e->CallIntMethod(target, countMethod, static_cast<jint>(handle));

@@ -31,19 +31,14 @@
 #include <utility>
 
 #include "bridge/calls.hpp"
+#include "bridge/failure.hpp"
 #include "bridge/results.hpp"
 #include "bridge/state.hpp"
 #include "bridge/strings.hpp"
 
 namespace velmora {
 
-// Describes and clears a pending exception; true if there was one.
-inline bool takeException(JNIEnv *jenv) {
-    if (!jenv->ExceptionCheck()) return false;
-    jenv->ExceptionDescribe();
-    jenv->ExceptionClear();
-    return true;
-}
+using failure::takeException;
 
 // ---------------------------------------------------------------------------
 // Local references of the few calls that make several of their own (start of
@@ -89,9 +84,11 @@ template <Target T> inline bool ready() {
 // thread cannot attach; else the calling thread's environment, with nothing
 // pending.
 template <Target T> inline JNIEnv *enter() {
-    if (!ready<T>()) return nullptr;
-    JNIEnv *e = state::attachCurrentThread();
-    if (e) e->ExceptionClear();
+    JNIEnv *e = ready<T>() ? state::attachCurrentThread() : nullptr;
+    if (e) [[likely]]
+        e->ExceptionClear();
+    else
+        failure::notInitialized();
     return e;
 }
 
@@ -224,12 +221,13 @@ typename std::remove_cvref_t<R>::Value forward(R &&result, A... args) {
     if (!e) return result.notInitialized();
 
     jmethodID method = detail::resolve(e, detail::targetClass<kTarget>(), Row, detail::slotOf<Row>());
-    if (!method) {
-        e->ExceptionClear();
-        return result.fail(VELMORA_STATUS_METHOD_NOT_FOUND);
-    }
+    if (!method) return result.fail(failure::methodNotFound(e, Row));
 
-    if (!detail::listsReadable(args...)) return result.fail(VELMORA_STATUS_JAVA_EXCEPTION);
+    if (!detail::listsReadable(args...)) {
+        failure::record("A string list cannot be read (a negative count, or a null array with strings to "
+                        "read); Java was not called.");
+        return result.fail(VELMORA_STATUS_JAVA_EXCEPTION);
+    }
     std::array<jvalue, sizeof...(A) + 1> values{};
     [[maybe_unused]] const detail::ReferencesOf<A...> made(e, values.data());
     if (!detail::buildArguments(e, values.data(), std::index_sequence_for<A...>{}, args...)) {

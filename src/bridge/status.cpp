@@ -26,11 +26,7 @@ extern "C" VELMORA_API int velmora_describeStatusCode(int code, char *buf, size_
     using namespace velmora;
     if (const char *text = builtInText(code)) {
         StringOut out(buf, len);
-        const std::size_t bytes = std::strlen(text) + 1;
-        out.setLength(bytes);
-        if (out.capacity() < bytes) return VELMORA_STATUS_BUFFER_TOO_SMALL;
-        out.write(text);
-        return VELMORA_STATUS_OK;
+        return deliverText(text, out);
     }
     return forward<calls::describeStatusCode>(textResult(buf, len), code);
 }

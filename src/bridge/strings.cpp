@@ -130,6 +130,13 @@ void StringOut::writeEmptyIfRoom() {
     if (capacity_ > 0) buf_[0] = '\0';
 }
 
+int deliverText(std::string_view text, StringOut &out) {
+    out.setLength(text.size() + 1);
+    if (out.capacity() < text.size() + 1) return VELMORA_STATUS_BUFFER_TOO_SMALL;
+    out.write(text);
+    return VELMORA_STATUS_OK;
+}
+
 int deliverString(JNIEnv *jenv, jstring text, StringOut &out, NullRule rule) {
     if (!text) {
         if (rule == NullRule::NoText) {

@@ -65,6 +65,10 @@ private:
     std::size_t capacity_;
 };
 
+// Delivers the library's own text into `out`: 0, or -23 with nothing
+// written when it does not fit.
+int deliverText(std::string_view text, StringOut &out);
+
 // Delivers a Java string (or null, by `rule`) into `out`: 0 or -23.
 int deliverString(JNIEnv *jenv, jstring text, StringOut &out, NullRule rule);
 

@@ -11,12 +11,11 @@ namespace {
 int fetchWrapper(JNIEnv *e) {
     jmethodID getWrapper = e->GetMethodID(state::managementClass(), calls::getPeachWrapper.method,
                                           calls::getPeachWrapper.signature);
-    e->ExceptionClear();
-    if (!getWrapper) return VELMORA_STATUS_METHOD_NOT_FOUND;
+    if (!getWrapper) return failure::methodNotFound(e, calls::getPeachWrapper);
 
     jclass wrapperClass = e->FindClass(className(calls::peach_get.target));
     if (!wrapperClass) {
-        e->ExceptionClear();
+        failure::classNotFound(e, className(calls::peach_get.target));
         state::forgetPeachWrapper(e);
         return VELMORA_STATUS_METHOD_NOT_FOUND;
     }
@@ -31,6 +30,8 @@ int fetchWrapper(JNIEnv *e) {
     // A wrapper that is not there cannot be kept; `get` is never called on it.
     if (!wrapper) {
         state::replacePeachWrapper(e, nullptr);
+        failure::record("getPeachWrapper() returned null: the SDK has no peach wrapper to give; the next "
+                        "velmora_peach_handle asks again.");
         return VELMORA_STATUS_INIT_FAILED;
     }
     state::replacePeachWrapper(e, wrapper);
@@ -52,10 +53,7 @@ extern "C" VELMORA_API int velmora_peach_handle(void) {
     }
 
     jmethodID get = detail::resolve(e, state::peachClass(), calls::peach_get, detail::slotOf<calls::peach_get>());
-    if (!get) {
-        e->ExceptionClear();
-        return VELMORA_STATUS_METHOD_NOT_FOUND;
-    }
+    if (!get) return failure::methodNotFound(e, calls::peach_get);
     const jint handle = e->CallIntMethod(state::peachWrapper(), get);
     if (takeException(e)) return VELMORA_STATUS_JAVA_EXCEPTION;
     return handle;

@@ -11,12 +11,9 @@ namespace {
 // *handler set (a local reference of the current frame) or a status.
 int newHandlerObject(JNIEnv *e, jobject *handler) {
     jclass caller = e->FindClass(className(calls::callerConstructor.target));
-    jmethodID constructor =
-        caller ? e->GetMethodID(caller, calls::callerConstructor.method, calls::callerConstructor.signature) : nullptr;
-    if (!constructor) {
-        e->ExceptionClear();
-        return VELMORA_STATUS_METHOD_NOT_FOUND;
-    }
+    if (!caller) return failure::classNotFound(e, className(calls::callerConstructor.target));
+    jmethodID constructor = e->GetMethodID(caller, calls::callerConstructor.method, calls::callerConstructor.signature);
+    if (!constructor) return failure::methodNotFound(e, calls::callerConstructor);
 
     jobject object = e->NewObject(caller, constructor);
     if (takeException(e) || !object) return VELMORA_STATUS_JAVA_EXCEPTION;

@@ -39,8 +39,7 @@ int systemProperty(const char *name, char *buf, std::size_t *len) {
     jclass system = e->FindClass(className(calls::getProperty.target));
     jmethodID method =
         system ? e->GetStaticMethodID(system, calls::getProperty.method, calls::getProperty.signature) : nullptr;
-    e->ExceptionClear();
-    if (!method) return VELMORA_STATUS_METHOD_NOT_FOUND;
+    if (!method) return failure::methodNotFound(e, calls::getProperty);
     auto value = static_cast<jstring>(e->CallStaticObjectMethod(system, method, newJavaString(e, name)));
     if (takeException(e)) return VELMORA_STATUS_JAVA_EXCEPTION;
     return deliverString(e, value, out, NullRule::NoText);

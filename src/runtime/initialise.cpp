@@ -20,12 +20,16 @@ int constructManagementObject() {
     if (!constructor) {
         jenv->ExceptionClear();
         state::tearDownMachine(state::TearDown::DestroyAttached);
+        runtime::recordStartup(std::string("The management class ") + className(calls::constructor.target) +
+                               " has no constructor " + calls::constructor.signature +
+                               ". The Java machine was destroyed." + std::string(failure::kOnlyANewProcess));
         return VELMORA_STATUS_NO_CONSTRUCTOR;
     }
     jobject object = jenv->NewObject(klass, constructor);
     state::replaceManagement(jenv, object);
     if (!object) {
-        jenv->ExceptionClear();
+        if (!failure::keepException(jenv, "The management object could not be created:"))
+            failure::record("The management object could not be created.");
         return VELMORA_STATUS_INIT_FAILED;
     }
     jenv->DeleteLocalRef(object);

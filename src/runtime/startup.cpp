@@ -5,10 +5,12 @@
 #include <jni.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <iterator>
 #include <string>
 
 #include "bridge/calls.hpp"
+#include "bridge/failure.hpp"
 #include "bridge/strings.hpp"
 #include "bridge/state.hpp"
 #include "runtime/locator.hpp"
@@ -26,12 +28,14 @@ struct InvocationApi {
     GetCreatedVMsFn created = nullptr;
 };
 
-// Prints the loader's pending error text, if any, and says whether there was one.
+// Prints the loader's pending error text, if any, and keeps it as the
+// calling thread's failure; says whether there was one.
 bool reportLoaderError() {
     const char *error = dlerror();
     if (!error) return false;
     std::puts(error);
     std::fflush(stdout);
+    recordStartup(std::string("The Java runtime library lacks the Invocation API: ") + error);
     return true;
 }
 
@@ -53,8 +57,7 @@ void *openRuntime(const std::string &path, std::string &error) {
 // Loads the located runtime library into jvmlibHandle. When the search ended
 // with the bare name and the loader cannot find it, the places where current
 // JDKs keep libjvm are tried before giving up with the bare name's error.
-bool loadRuntimeLibrary(const Location &location) {
-    std::string error;
+bool loadRuntimeLibrary(const Location &location, std::string &error) {
     state::keepRuntimeLibrary(openRuntime(location.runtimePath, error));
     if (error.empty()) return true;
     if (location.source == Location::Source::BareName) {
@@ -106,6 +109,22 @@ private:
     struct sigaction saved_[std::size(kSignals)] = {};
 };
 
+// Why JNI_CreateJavaVM refused: its code, what may have caused it, and
+// whether this process already had a machine (which cannot come back).
+std::string creationFailure(jint code, const JavaVMInitArgs &args) {
+    std::string text = "JNI_CreateJavaVM failed with code " + std::to_string(code) + "; the options were";
+    for (jint i = 0; i < args.nOptions; ++i) text += std::string(" ") + args.options[i].optionString;
+    text += ".";
+    if (const char *tool = std::getenv("JAVA_TOOL_OPTIONS"); tool && *tool)
+        text += std::string(" JAVA_TOOL_OPTIONS adds '") + tool + "': an option the runtime refuses there fails the creation.";
+    if (state::vm()) {
+        text += " The Java machine this process had was destroyed, and a runtime cannot be created twice in one "
+                "process.";
+        text += failure::kOnlyANewProcess;
+    }
+    return text;
+}
+
 // Joins the machine already running in the process, or creates one.
 int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
     JavaVM *machine = nullptr;
@@ -113,10 +132,16 @@ int joinOrCreate(const InvocationApi &api, JavaVMInitArgs &args) {
     JNIEnv *jenv = nullptr;
     if (api.created(&machine, 1, &count) == JNI_OK && count >= 1) {
         state::adoptMachine(machine, nullptr);
-        return state::becomeStartupThread() ? VELMORA_STATUS_OK : VELMORA_STATUS_JAVA_NOT_INITIALIZED;
+        if (state::becomeStartupThread()) return VELMORA_STATUS_OK;
+        recordStartup("The Java machine already running in this process could not be joined (the thread did not "
+                      "attach).");
+        return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
     }
     const HostSignalHandlers host;
-    if (api.create(&machine, reinterpret_cast<void **>(&jenv), &args) != JNI_OK) return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
+    if (const jint created = api.create(&machine, reinterpret_cast<void **>(&jenv), &args); created != JNI_OK) {
+        recordStartup(creationFailure(created, args));
+        return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
+    }
     host.reinstall();
     state::adoptMachine(machine, jenv);
     state::detachWhenThreadEnds(machine);  // creating the machine attached this thread
@@ -129,10 +154,28 @@ std::string classPathOption(const std::string &dir) {
     return "-Djava.class.path=" + dir + "/velmora.jar:" + dir + "/commons-codec-1.3.jar:" + dir + "/xmlrpc-2.0.jar";
 }
 
+void recordStartup(std::string cause) {
+    const std::string library = ownLibraryFile();
+    failure::record(std::move(cause) + "\n-> run: velmora-doctor " +
+                    (library.empty() ? std::string("<path of libvelmora.so>") : library));
+}
+
 int startUp() {
-    if (state::inForkedChild()) return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
-    const Location location = locate(ownLibraryFile());
-    if (!loadRuntimeLibrary(location)) return VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
+    if (state::inForkedChild()) {
+        failure::notInitialized();
+        return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
+    }
+    // The configuration file's lines are kept for the account of a failure.
+    std::string configured;
+    const Trace keepConfig = [&configured](std::string_view step, std::string_view detail) {
+        if (step.starts_with("config")) configured.append("\n  ").append(step).append(": ").append(detail);
+    };
+    const Location location = locate(ownLibraryFile(), &keepConfig);
+    if (std::string error; !loadRuntimeLibrary(location, error)) {
+        recordStartup("The Java runtime library could not be loaded: " + error + "\nIt was chosen from the " +
+                      std::string(describe(location.source)) + configured);
+        return VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
+    }
     InvocationApi api;
     if (!resolveInvocationApi(api)) return VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
 
@@ -160,6 +203,10 @@ int startUp() {
     if (!management) {
         jenv->ExceptionClear();
         state::tearDownMachine(state::TearDown::DetachFirst);
+        recordStartup(std::string("The management class ") + className(Target::Management) +
+                      " is not on the class path " + classPath.substr(classPath.find('=') + 1) +
+                      ": velmora.jar, commons-codec-1.3.jar and xmlrpc-2.0.jar must lie beside the library in '" +
+                      location.libraryDir + "'. The Java machine was destroyed." + std::string(failure::kOnlyANewProcess));
         return VELMORA_STATUS_METHOD_NOT_FOUND;
     }
     state::replaceManagementClass(jenv, management);

@@ -9,6 +9,10 @@ namespace velmora::runtime {
 // The JavaVM option that puts the SDK jars of `libraryDir` on the class path.
 std::string classPathOption(const std::string &libraryDir);
 
+// Keeps `cause` as the calling thread's failure, followed by the
+// velmora-doctor command that examines this library's set-up.
+void recordStartup(std::string cause);
+
 // velmora_initJava: 0, -22, -11 or -12.
 int startUp();
 

@@ -1,6 +1,7 @@
 // A C++ host of velmora.hpp, built as C++17 and as C++20 with every warning an
 // error, run before Java is started: every kind of call turns the library's
-// -11 into velmora::NotInitialized, with no SDK message.
+// -11 into velmora::NotInitialized, with no SDK message and the library's
+// account of the failure after the first line.
 #include <functional>
 #include <iterator>
 #include <string>
@@ -28,7 +29,9 @@ int main() {
         try {
             call();
         } catch (const velmora::NotInitialized &e) {
-            caught += e.code() == -11 && std::string(e.what()) == "velmora: -11 Java is not initialized";
+            caught += e.code() == -11 && e.sdkMessage().empty() &&
+                      std::string(e.what()) == "velmora: -11 Java is not initialized\n" + e.failure() &&
+                      e.failure().find("no start-up") != std::string::npos;
         }
     }
     return static_cast<int>(std::size(calls) - caught);  // the calls that did not

@@ -97,9 +97,10 @@ TEST_F(CppPeach, EachKindOfFailureHasItsOwnException) {
         velmora::createJob(7, {});
         ADD_FAILURE() << "nothing thrown";
     } catch (const velmora::JavaException &e) {
-        EXPECT_EQ(std::make_tuple(e.code(), e.description(), e.sdkMessage(), std::string(e.what())),
+        EXPECT_EQ(std::make_tuple(e.code(), e.description(), e.sdkMessage(), e.failure().substr(0, 60)),
                   std::make_tuple(-13, "Uncaught exception thrown from Java", "disk full",
-                                  "velmora: -13 Uncaught exception thrown from Java: disk full"));
+                                  "java.lang.RuntimeException: scripted failure in createJob\n\ta"));
+        EXPECT_EQ(e.what(), "velmora: -13 Uncaught exception thrown from Java: disk full\n" + e.failure());
     }
     // Once unloaded the wrapper is gone.
     ASSERT_EQ(velmora::unload(false), 0);

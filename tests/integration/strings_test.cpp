@@ -165,6 +165,43 @@ TEST(BridgeTexts, BuiltInStatusTextsAndTheNotInitialisedText) {
     }
 }
 
+// The calling thread's account of its last failure, by the string-result
+// rules: empty on a thread that has not failed; after -13 the Java exception
+// with a stack frame, kept through a later success and through -23 (which
+// writes nothing); after -12 the method that is missing; the library's version
+// is the header's.
+std::string lastFailure() {
+    std::size_t len = 0;
+    EXPECT_EQ(velmora_describeLastFailure(nullptr, &len), -23);
+    std::string text(len, '#');
+    EXPECT_EQ(velmora_describeLastFailure(text.data(), &len), 0);
+    EXPECT_EQ(text.size(), len);
+    return text.substr(0, len - 1);
+}
+TEST_F(Bridge, TheLastFailureIsTheCallingThreadsOwn) {
+    EXPECT_STREQ(velmora_libraryVersion(), VELMORA_VERSION_STRING);
+    std::thread([] { EXPECT_EQ(lastFailure(), ""); }).join();
+    sdk::script("open", {"throw", "0"});
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(velmora_open(), -13);
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(velmora_open(), 0);
+    const std::string thrown = lastFailure();
+    EXPECT_EQ(thrown.rfind("java.lang.RuntimeException: scripted failure in open\n\tat velmora.", 0), 0u) << thrown;
+    Buffer tight(thrown.size());
+    EXPECT_EQ(velmora_describeLastFailure(tight.bytes, &tight.len), -23);
+    EXPECT_TRUE(tight.untouched() && tight.len == thrown.size() + 1);
+    EXPECT_EQ(lastFailure(), thrown);
+    std::thread([] { EXPECT_EQ(lastFailure(), ""); }).join();
+
+    const jobject object = globalClass("java/lang/Object");
+    point(cls, object);
+    EXPECT_EQ(velmora_getProjectStatus(1), -12);
+    EXPECT_NE(lastFailure().find("velmora/user/ManagementImpl.getProjectStatus (I)I"), std::string::npos);
+    point(cls, globalClass("velmora/user/ManagementImpl"));
+    threadEnv()->DeleteGlobalRef(object);
+}
+
 // String lists in every form (variadic, va_list, array) of every function
 // that takes them, the list rows of the forwarding table: each form reads
 // exactly `count` strings, in order, with null elements arriving as null

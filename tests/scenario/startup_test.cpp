@@ -44,6 +44,16 @@ struct Scenario {
 
     template <class F> F *symbol(const char *name) const { return reinterpret_cast<F *>(dlsym(handle, name)); }
 
+    // The calling thread's account of its last failure.
+    std::string failure() const {
+        size_t len = 0;
+        VELMORA_FN(*this, velmora_describeLastFailure)(nullptr, &len);
+        std::string text(len, '\0');
+        VELMORA_FN(*this, velmora_describeLastFailure)(text.data(), &len);
+        text.resize(len ? len - 1 : 0);
+        return text;
+    }
+
     std::string property(const char *name) const {
         char buf[4096];
         size_t len = sizeof buf;
@@ -61,12 +71,14 @@ struct Scenario {
 // for), then what is expected: a text start-up prints on standard output;
 // whether the host creates its own machine first (with only the library's class
 // path) and whether the runtime library stays loaded; the results of
-// velmora_initJava (on a thread that ends before the rest), of the first
+// velmora_initJava (on a thread that ends before the rest) with the pieces
+// ("|" between them) of that thread's account of its failure, of the first
 // initialiser, of each initialiser after it (and of start-up again when nothing
 // is kept), and of a management call at the end (only an object answers),
 // which comes after the row's own checks.
 struct Case {
-    const char *name, *sdk = VELMORA_TEST_LIB_DIR, *config = "", *javaHome = JDK, *path = "@/bin", *printed = "";
+    const char *name, *sdk = VELMORA_TEST_LIB_DIR, *config = "", *javaHome = JDK, *path = "@/bin", *printed = "",
+               *failure = "";
     bool host = false, loaded = true;
     int startup = 0, init = startup, again = init, open = again ? kUnready : 0;
     void (*then)(const Scenario &) = {};
@@ -74,14 +86,19 @@ struct Case {
 
 const Case kCases[] = {
     // A destroyed machine cannot be created again in this process.
-    {.name = "MissingManagementClass", .sdk = SDK("missing-class"), .startup = kNoMethod, .init = kUnready},
+    {.name = "MissingManagementClass", .sdk = SDK("missing-class"),
+     .failure = "velmora/user/ManagementImpl|'@'|-> run: velmora-doctor @/libvelmora.so", .startup = kNoMethod,
+     .init = kUnready, .then = [](const Scenario &s) {
+         EXPECT_NE(s.failure().find("Only a new process can start Java again"), std::string::npos) << s.failure();
+     }},
     // The machine is destroyed although the thread that started it has ended.
     {.name = "NoConstructor", .sdk = SDK("no-constructor"), .init = VELMORA_STATUS_NO_CONSTRUCTOR, .again = kUnready},
     {.name = "ConstructorThrows", .sdk = SDK("constructor-throws"), .init = VELMORA_STATUS_INIT_FAILED},
     // The object exists without its initialiser: calls reach it and miss their methods.
     {.name = "NoInitializer", .sdk = SDK("no-initializer"), .init = VELMORA_STATUS_NO_INITIALIZER, .open = kNoMethod},
     {.name = "ConfiguredRuntimeMissing", .config = "JVMPATH=/nonexistent/libjvm.so\n",
-     .printed = "/nonexistent/libjvm.so", .loaded = false, .startup = kNoRuntime},
+     .printed = "/nonexistent/libjvm.so", .failure = "/nonexistent/libjvm.so: cannot open|'JVMPATH=/nonexistent",
+     .loaded = false, .startup = kNoRuntime},
     {.name = "RuntimeWithoutAnEntryPoint", .config = "JVM64PATH=" VELMORA_TEST_FAKE_JVM "\n",
      .printed = "JNI_GetCreatedJavaVMs", .startup = kNoRuntime},
     {.name = "ConfiguredFifo", .config = "JVMPATH=@/fifo/lib/server/libjvm.so\n",
@@ -153,7 +170,16 @@ TEST_P(Startup, ReachesItsState) {
 
     testing::internal::CaptureStdout();
     // Start-up runs on a thread that has ended (joined with its future) before the rest.
-    EXPECT_EQ(std::async(std::launch::async, VELMORA_FN(s, velmora_initJava)).get(), c.startup);
+    const auto [started, failure] = std::async(std::launch::async, [&s] {
+                                        const int status = VELMORA_FN(s, velmora_initJava)();
+                                        return std::make_pair(status, s.failure());
+                                    }).get();
+    EXPECT_EQ(started, c.startup);
+    for (std::string_view pieces = c.failure; !pieces.empty();) {
+        const std::string_view piece = pieces.substr(0, pieces.find('|'));
+        EXPECT_NE(failure.find(s.at(std::string(piece))), std::string::npos) << failure;
+        pieces.remove_prefix(std::min(pieces.size(), piece.size() + 1));
+    }
     EXPECT_EQ(VELMORA_FN(s, velmora_init)(), c.init);
     EXPECT_EQ(VELMORA_FN(s, velmora_initFile)("f"), c.again);
     EXPECT_EQ(VELMORA_FN(s, velmora_initWithoutFile)("a", "b", "c", "d", 1, "f", "g", 2, 3, "j", "k"), c.again);
