@@ -1,10 +1,12 @@
 // The cost of each shape of forwarded call against a raw JNI baseline in the
 // same process: the same Java methods of the SDK double (build/lib/velmora.jar,
 // answering quietly with fixed values), called with method IDs and classes
-// resolved once and only the JNI that the same job needs (clear a pending
-// exception, call, check for an exception; for a text argument the string,
-// for a string result the copy into the buffer, for a list the array and its
-// strings, each local reference deleted).
+// resolved once and only the JNI that the same job needs, in the fastest way
+// measured on each runtime (clear a pending exception, call, check for an
+// exception; for a text argument the string; for a string result its length,
+// with GetStringUTFLengthAsLong where the runtime offers JNI 24, and the copy
+// into the buffer; for a list an array of null slots filled inside one local
+// frame; every local reference released).
 //
 // Each round times one batch of every shape through the library and one raw,
 // in CPU time of the calling thread, in alternating order; the table shows
@@ -20,6 +22,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -64,8 +67,19 @@ void countDelivery(const char *text) { delivered += std::strlen(text); }
 // ---------------------------------------------------------------------------
 // The raw baseline: the calling thread's environment and every ID up front.
 
+// GetStringUTFLengthAsLong of a JNI 24 runtime, two entries after GetModule
+// in the function table (the jni.h this builds with may predate it).
+using UtfLengthAsLong = jlong(JNICALL *)(JNIEnv *, jstring);
+UtfLengthAsLong utfLengthAsLong(JNIEnv *e) {
+    constexpr jint kJni24 = 0x00180000;
+    if (e->GetVersion() < kJni24) return nullptr;
+    const auto *table = reinterpret_cast<void *const *>(e->functions);
+    return reinterpret_cast<UtfLengthAsLong>(table[offsetof(JNINativeInterface_, GetModule) / sizeof(void *) + 2]);
+}
+
 struct Raw {
     JNIEnv *e = nullptr;
+    UtfLengthAsLong utfLength = nullptr;
     jobject target = nullptr;
     jclass stringClass = nullptr, sdk = nullptr, caller = nullptr;
     jmethodID status{}, completed{}, usedTime{}, print{}, logLevel{}, tempDir{}, createJob{}, count{}, name{}, fire{};
@@ -73,6 +87,7 @@ struct Raw {
 
     void resolve() {
         velmora_getJavaVM()->GetEnv(reinterpret_cast<void **>(&e), JNI_VERSION_1_6);
+        utfLength = utfLengthAsLong(e);
         target = static_cast<jobject>(sgc);
         auto klass = static_cast<jclass>(cls);
         auto id = [&](const char *n, const char *s) {
@@ -99,7 +114,7 @@ struct Raw {
         stringClass = global("java/lang/String");
         sdk = global("velmora/testing/Sdk");
         caller = global("velmora/user/NativeFunctionCaller");
-        fire = e->GetStaticMethodID(sdk, "fire", "(Ljava/lang/String;)V");
+        fire = e->GetStaticMethodID(sdk, "fire", "(Ljava/lang/String;II)I");
         jstring text = e->NewStringUTF(kText64);
         fireText = static_cast<jstring>(e->NewGlobalRef(text));
         e->DeleteLocalRef(text);
@@ -140,7 +155,7 @@ struct Raw {
         return failed ? -13 : v;
     }
     int copy(jstring s, char *buf, size_t *len) {
-        const auto bytes = static_cast<size_t>(e->GetStringUTFLength(s));
+        const auto bytes = static_cast<size_t>(utfLength ? utfLength(e, s) : e->GetStringUTFLength(s));
         *len = bytes + 1;
         int status = -23;
         if (bytes < sizeof kText64) {
@@ -157,13 +172,11 @@ struct Raw {
         return thrown() ? -13 : copy(s, buf, len);
     }
     int listCall(int n, const char *const *list) {
-        jobjectArray array = e->NewObjectArray(n, stringClass, nullptr);
-        for (int i = 0; i < n; ++i) {
-            jstring s = e->NewStringUTF(list[i]);
-            e->SetObjectArrayElement(array, i, s);
-            e->DeleteLocalRef(s);
-        }
         e->ExceptionClear();
+        jobjectArray array = e->NewObjectArray(n, stringClass, nullptr);
+        e->PushLocalFrame(n);
+        for (int i = 0; i < n; ++i) e->SetObjectArrayElement(array, i, e->NewStringUTF(list[i]));
+        e->PopLocalFrame(nullptr);
         const jint v = e->CallIntMethod(target, createJob, 1, array);
         const bool failed = thrown();
         e->DeleteLocalRef(array);
@@ -177,7 +190,8 @@ struct Raw {
         auto s = static_cast<jstring>(e->CallObjectMethod(target, name, 1, index));
         return thrown() ? -13 : copy(s, buf, len);
     }
-    void fireOnce() { e->CallStaticVoidMethod(sdk, fire, fireText); }
+    // Delivers once on the calling thread.
+    void fireOnce() { use(e->CallStaticIntMethod(sdk, fire, fireText, 0, 0)); }
     // Binds NativeFunctionCaller.func to `native`.
     void bind(void *native) {
         JNINativeMethod m{const_cast<char *>("func"), const_cast<char *>("(Ljava/lang/String;)V"), native};
