@@ -1,14 +1,21 @@
 // The cost of each shape of forwarded call against a raw JNI baseline in the
 // same process: the same Java methods of the SDK double (build/lib/velmora.jar,
 // answering quietly with fixed values), called with method IDs and classes
-// resolved once and only the JNI that the same job needs (clear a pending
-// exception, call, check for an exception; for a text argument the string,
-// for a string result the copy into the buffer, for a list the array and its
-// strings, each local reference deleted).
+// resolved once and only the JNI that the same job needs, in the fastest way
+// measured on each runtime (clear a pending exception, call, check for an
+// exception; for a text argument the string; for a string result its length,
+// with GetStringUTFLengthAsLong where the runtime offers JNI 24, and the copy
+// into the buffer; for a list an array of null slots filled inside one local
+// frame; every local reference released).
 //
-// Each round times one batch of every shape through the library and one raw,
-// in CPU time of the calling thread, in alternating order; the table shows
-// the median time per call of each and the median of the per-round ratios.
+// Each round times, for every shape in turn, one short batch through the
+// library and one raw, in CPU time of the calling thread, in alternating
+// order; the rounds of a shape are thus paired samples spread over the whole
+// run, so that a burst of other work on the machine touches every shape and
+// both ways alike. A pair in which the scheduler took the processor away
+// during either batch (which then resumes with cold caches) is timed again,
+// up to a limit. The table shows the median time per call of each way and
+// the median of the per-round ratios.
 // Then the native memory (malloc'd bytes in use, where the JVM keeps JNI
 // references) that millions of calls on one host thread leave behind, and
 // start-up against a raw JNI_CreateJavaVM, each in child processes of its own.
@@ -17,9 +24,11 @@
 #include <dlfcn.h>
 #include <jni.h>
 #include <malloc.h>
+#include <sys/resource.h>
 #include <time.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -47,6 +56,12 @@ double wallNs() {
     clock_gettime(CLOCK_MONOTONIC, &t);
     return double(t.tv_sec) * 1e9 + double(t.tv_nsec);
 }
+// Times the thread was taken off the processor against its will so far.
+long preemptions() {
+    rusage usage{};
+    getrusage(RUSAGE_THREAD, &usage);
+    return usage.ru_nivcsw;
+}
 double median(std::vector<double> v) {
     std::sort(v.begin(), v.end());
     return v.empty() ? 0 : v[v.size() / 2];
@@ -64,8 +79,19 @@ void countDelivery(const char *text) { delivered += std::strlen(text); }
 // ---------------------------------------------------------------------------
 // The raw baseline: the calling thread's environment and every ID up front.
 
+// GetStringUTFLengthAsLong of a JNI 24 runtime, two entries after GetModule
+// in the function table (the jni.h this builds with may predate it).
+using UtfLengthAsLong = jlong(JNICALL *)(JNIEnv *, jstring);
+UtfLengthAsLong utfLengthAsLong(JNIEnv *e) {
+    constexpr jint kJni24 = 0x00180000;
+    if (e->GetVersion() < kJni24) return nullptr;
+    const auto *table = reinterpret_cast<void *const *>(e->functions);
+    return reinterpret_cast<UtfLengthAsLong>(table[offsetof(JNINativeInterface_, GetModule) / sizeof(void *) + 2]);
+}
+
 struct Raw {
     JNIEnv *e = nullptr;
+    UtfLengthAsLong utfLength = nullptr;
     jobject target = nullptr;
     jclass stringClass = nullptr, sdk = nullptr, caller = nullptr;
     jmethodID status{}, completed{}, usedTime{}, print{}, logLevel{}, tempDir{}, createJob{}, count{}, name{}, fire{};
@@ -73,6 +99,7 @@ struct Raw {
 
     void resolve() {
         velmora_getJavaVM()->GetEnv(reinterpret_cast<void **>(&e), JNI_VERSION_1_6);
+        utfLength = utfLengthAsLong(e);
         target = static_cast<jobject>(sgc);
         auto klass = static_cast<jclass>(cls);
         auto id = [&](const char *n, const char *s) {
@@ -99,7 +126,7 @@ struct Raw {
         stringClass = global("java/lang/String");
         sdk = global("velmora/testing/Sdk");
         caller = global("velmora/user/NativeFunctionCaller");
-        fire = e->GetStaticMethodID(sdk, "fire", "(Ljava/lang/String;)V");
+        fire = e->GetStaticMethodID(sdk, "fire", "(Ljava/lang/String;II)I");
         jstring text = e->NewStringUTF(kText64);
         fireText = static_cast<jstring>(e->NewGlobalRef(text));
         e->DeleteLocalRef(text);
@@ -140,7 +167,7 @@ struct Raw {
         return failed ? -13 : v;
     }
     int copy(jstring s, char *buf, size_t *len) {
-        const auto bytes = static_cast<size_t>(e->GetStringUTFLength(s));
+        const auto bytes = static_cast<size_t>(utfLength ? utfLength(e, s) : e->GetStringUTFLength(s));
         *len = bytes + 1;
         int status = -23;
         if (bytes < sizeof kText64) {
@@ -157,13 +184,11 @@ struct Raw {
         return thrown() ? -13 : copy(s, buf, len);
     }
     int listCall(int n, const char *const *list) {
-        jobjectArray array = e->NewObjectArray(n, stringClass, nullptr);
-        for (int i = 0; i < n; ++i) {
-            jstring s = e->NewStringUTF(list[i]);
-            e->SetObjectArrayElement(array, i, s);
-            e->DeleteLocalRef(s);
-        }
         e->ExceptionClear();
+        jobjectArray array = e->NewObjectArray(n, stringClass, nullptr);
+        e->PushLocalFrame(n);
+        for (int i = 0; i < n; ++i) e->SetObjectArrayElement(array, i, e->NewStringUTF(list[i]));
+        e->PopLocalFrame(nullptr);
         const jint v = e->CallIntMethod(target, createJob, 1, array);
         const bool failed = thrown();
         e->DeleteLocalRef(array);
@@ -177,7 +202,8 @@ struct Raw {
         auto s = static_cast<jstring>(e->CallObjectMethod(target, name, 1, index));
         return thrown() ? -13 : copy(s, buf, len);
     }
-    void fireOnce() { e->CallStaticVoidMethod(sdk, fire, fireText); }
+    // Delivers once on the calling thread.
+    void fireOnce() { use(e->CallStaticIntMethod(sdk, fire, fireText, 0, 0)); }
     // Binds NativeFunctionCaller.func to `native`.
     void bind(void *native) {
         JNINativeMethod m{const_cast<char *>("func"), const_cast<char *>("(Ljava/lang/String;)V"), native};
@@ -194,8 +220,16 @@ void JNICALL rawDelivery(JNIEnv *e, jobject, jstring text) {
     e->ReleaseStringUTFChars(text, chars);
 }
 
+// NativeFunctionCaller.func is bound once, to a trampoline that calls the
+// delivery of the batch: binding the native anew before each batch would
+// discard its compiled wrapper every time and disturb the shapes after it.
+using Delivery = void(JNICALL *)(JNIEnv *, jobject, jstring);
+Delivery delivery = &velmora_peach_intermediate_callback;
+void JNICALL deliverThrough(JNIEnv *e, jobject self, jstring text) { delivery(e, self, text); }
+
 // ---------------------------------------------------------------------------
-// The shapes: a batch of n calls each way.
+// The shapes: a batch of n calls each way (a batch takes about half a
+// millisecond).
 
 std::vector<const char *> listStrings(kListLength, "job-parameter-0");
 
@@ -208,22 +242,22 @@ struct Shape {
 };
 
 const Shape kShapes[] = {
-    {"int result (getProjectStatus)", 20000,
+    {"int result (getProjectStatus)", 5000,
      [](long n) { for (long i = 0; i < n; ++i) use(velmora_getProjectStatus(1)); },
      [](long n) { for (long i = 0; i < n; ++i) use(raw.intCall(raw.status)); }, nullptr},
-    {"boolean result (isCompleted)", 20000,
+    {"boolean result (isCompleted)", 5000,
      [](long n) { for (long i = 0; i < n; ++i) use(velmora_isCompleted(1)); },
      [](long n) { for (long i = 0; i < n; ++i) use(raw.boolCall()); }, nullptr},
-    {"long result (getUsedTime)", 20000,
+    {"long result (getUsedTime)", 5000,
      [](long n) { for (long i = 0; i < n; ++i) use(velmora_getUsedTime(1)); },
      [](long n) { for (long i = 0; i < n; ++i) use(raw.longCall()); }, nullptr},
-    {"void (printStatistics)", 20000,
+    {"void (printStatistics)", 5000,
      [](long n) { for (long i = 0; i < n; ++i) use(velmora_printStatistics(1)); },
      [](long n) { for (long i = 0; i < n; ++i) use(raw.voidCall()); }, nullptr},
-    {"text argument (setLogLevel)", 10000,
+    {"text argument (setLogLevel)", 1500,
      [](long n) { for (long i = 0; i < n; ++i) use(velmora_setLogLevel("info")); },
      [](long n) { for (long i = 0; i < n; ++i) use(raw.textCall("info")); }, nullptr},
-    {"64-byte string result (getTempDir)", 10000,
+    {"64-byte string result (getTempDir)", 2500,
      [](long n) {
          char buf[128];
          for (long i = 0; i < n; ++i) {
@@ -239,10 +273,10 @@ const Shape kShapes[] = {
          }
      },
      nullptr},
-    {"list of 100 strings (createJob3)", 400,
+    {"list of 100 strings (createJob3)", 60,
      [](long n) { for (long i = 0; i < n; ++i) use(velmora_createJob3(1, kListLength, listStrings.data())); },
      [](long n) { for (long i = 0; i < n; ++i) use(raw.listCall(kListLength, listStrings.data())); }, nullptr},
-    {"walk of 10,000 names (getResultFiles)", kWalkLength,
+    {"walk of 10,000 names (getResultFiles)", 2000,
      [](long n) {
          char buf[128];
          for (long i = 0; i < n; ++i) {
@@ -259,40 +293,58 @@ const Shape kShapes[] = {
          }
      },
      nullptr},
-    {"Java->C delivery (intermediate result)", 10000,
+    {"Java->C delivery (intermediate result)", 3000,
      [](long n) { for (long i = 0; i < n; ++i) raw.fireOnce(); },
      [](long n) { for (long i = 0; i < n; ++i) raw.fireOnce(); },
-     [](bool library) {
-         raw.bind(library ? reinterpret_cast<void *>(&velmora_peach_intermediate_callback)
-                          : reinterpret_cast<void *>(&rawDelivery));
-     }},
+     [](bool library) { delivery = library ? &velmora_peach_intermediate_callback : &rawDelivery; }},
 };
 
 void compareCalls(int rounds, const char *only) {
-    std::printf("%-40s %12s %12s %8s\n", "shape (per call, CPU time)", "library ns", "raw JNI ns", "ratio");
-    for (const Shape &s : kShapes) {
-        if (only && !std::strstr(s.name, only)) continue;
+    std::vector<const Shape *> shapes;
+    for (const Shape &s : kShapes)
+        if (!only || std::strstr(s.name, only)) shapes.push_back(&s);
+    for (const Shape *s : shapes) {
         for (bool library : {true, false}) {  // warm up both ways: JIT, first resolutions
-            if (s.before) s.before(library);
-            (library ? s.library : s.baseline)(s.batch * 10);
+            if (s->before) s->before(library);
+            (library ? s->library : s->baseline)(s->batch * 20);
         }
-        std::vector<double> lib, base, ratio;
-        for (int r = 0; r < rounds; ++r) {
-            double t[2];
-            for (int k = 0; k < 2; ++k) {
-                const bool library = (k == 0) == (r % 2 == 0);
-                if (s.before) s.before(library);
-                const double start = cpuNs();
-                (library ? s.library : s.baseline)(s.batch);
-                t[library ? 0 : 1] = (cpuNs() - start) / double(s.batch);
-            }
-            lib.push_back(t[0]);
-            base.push_back(t[1]);
-            ratio.push_back(t[0] / t[1]);
-        }
-        std::printf("%-40s %12.1f %12.1f %7.2fx\n", s.name, median(lib), median(base), median(ratio));
-        std::fflush(stdout);
     }
+    constexpr int kAttempts = 20;  // timings of a pair at most
+    std::vector<std::vector<double>> lib(shapes.size()), base(shapes.size()), ratio(shapes.size());
+    long repeated = 0, disturbed = 0;
+    for (int r = 0; r < rounds; ++r) {
+        for (std::size_t i = 0; i < shapes.size(); ++i) {
+            const Shape &s = *shapes[i];
+            double t[2];
+            for (int attempt = 1;; ++attempt) {
+                const long before = preemptions();
+                for (int k = 0; k < 2; ++k) {
+                    const bool library = (k == 0) == (r % 2 == 0);
+                    if (s.before) s.before(library);
+                    const double start = cpuNs();
+                    (library ? s.library : s.baseline)(s.batch);
+                    t[library ? 0 : 1] = (cpuNs() - start) / double(s.batch);
+                }
+                if (preemptions() == before) break;
+                if (attempt == kAttempts) {
+                    ++disturbed;
+                    break;
+                }
+                ++repeated;
+            }
+            lib[i].push_back(t[0]);
+            base[i].push_back(t[1]);
+            ratio[i].push_back(t[0] / t[1]);
+        }
+    }
+    std::printf("%-40s %12s %12s %8s   (%d rounds)\n", "shape (per call, CPU time)", "library ns", "raw JNI ns",
+                "ratio", rounds);
+    for (std::size_t i = 0; i < shapes.size(); ++i)
+        std::printf("%-40s %12.1f %12.1f %7.2fx\n", shapes[i]->name, median(lib[i]), median(base[i]),
+                    median(ratio[i]));
+    std::printf("pairs timed again after a preemption: %ld; kept although preempted %d times: %ld\n", repeated,
+                kAttempts, disturbed);
+    std::fflush(stdout);
 }
 
 // ---------------------------------------------------------------------------
@@ -435,7 +487,7 @@ std::string property(const char *name) {
 
 int main(int argc, char **argv) {
     if (argc > 1 && std::strcmp(argv[1], "--startup") == 0) return startupChild(argc, argv);
-    const int rounds = argc > 1 ? std::max(3, std::atoi(argv[1])) : 51;
+    const int rounds = argc > 1 ? std::max(3, std::atoi(argv[1])) : 201;
 
     // The SDK double answers without journaling, with a 64-byte text and a
     // collection of 10,000 names.
@@ -454,6 +506,7 @@ int main(int argc, char **argv) {
     raw.resolve();
     if (velmora_peach_handle() < 0 || velmora_peach_setIntermediateResultHandler(0, countDelivery) != 0)
         fail("no intermediate-result handler");
+    raw.bind(reinterpret_cast<void *>(&deliverThrough));
     compareCalls(rounds, argc > 2 ? argv[2] : nullptr);
     if (argc > 2) return 0;
     std::printf("\n");

@@ -1,5 +1,7 @@
 #include "bridge/strings.hpp"
 
+#include <atomic>
+#include <cstddef>
 #include <cstring>
 #include <string>
 
@@ -84,6 +86,28 @@ std::string toModifiedUtf8(const char *text, std::size_t from) {
     return out;
 }
 
+// The modified UTF-8 length of `text`. A runtime of JNI 24 or later counts
+// it faster with GetStringUTFLengthAsLong (the entry two after GetModule in
+// its function table; the jni.h this builds with may not name it) than with
+// GetStringUTFLength, which it keeps only for older code. The version is
+// asked once: a process holds one runtime.
+std::size_t utfLength(JNIEnv *jenv, jstring text) {
+    using AsLong = jlong(JNICALL *)(JNIEnv *, jstring);
+    constexpr jint kJni24 = 0x00180000;
+    enum : signed char { kUnknown, kOld, kNew };
+    static std::atomic<signed char> runtime{kUnknown};
+    signed char known = runtime.load(std::memory_order_relaxed);
+    if (known == kUnknown) {
+        known = jenv->GetVersion() >= kJni24 ? kNew : kOld;
+        runtime.store(known, std::memory_order_relaxed);
+    }
+    if (known == kOld) return static_cast<std::size_t>(jenv->GetStringUTFLength(text));
+    const auto *table = reinterpret_cast<void *const *>(jenv->functions);
+    const auto asLong =
+        reinterpret_cast<AsLong>(table[offsetof(JNINativeInterface_, GetModule) / sizeof(void *) + 2]);
+    return static_cast<std::size_t>(asLong(jenv, text));
+}
+
 constexpr char kNotInitializedText[] = "No Error Message available; Java is not initialized.";
 constexpr std::size_t kNotInitializedBytes = sizeof kNotInitializedText + 1;  // two NULs
 static_assert(kNotInitializedBytes == 54);
@@ -109,14 +133,25 @@ jobjectArray newStringArray(JNIEnv *jenv, jsize count) {
 }
 
 bool fillStringArray(JNIEnv *jenv, jobjectArray array, int count, ListSource &source) {
-    for (int i = 0; i < count; ++i) {
-        const char *text = source.next();
-        jstring element = newJavaString(jenv, text);
-        // A string the runtime could not make ends the list with its exception
-        // pending; a null text reaches Java as null.
-        if (!element && text) return false;
-        jenv->SetObjectArrayElement(array, i, element);
-        if (element) jenv->DeleteLocalRef(element);
+    // The strings of up to kStringsPerFrame slots live in one local frame,
+    // released at once when it is popped: one push and one pop instead of a
+    // deletion per string, and a capacity that stays small for any list.
+    constexpr int kStringsPerFrame = 64;
+    for (int i = 0; i < count;) {
+        const int end = count - i > kStringsPerFrame ? i + kStringsPerFrame : count;
+        if (jenv->PushLocalFrame(end - i) != 0) return false;
+        for (; i < end; ++i) {
+            const char *text = source.next();
+            jstring element = newJavaString(jenv, text);
+            // A string the runtime could not make ends the list with its
+            // exception pending; a null text leaves its slot null.
+            if (!element && text) {
+                jenv->PopLocalFrame(nullptr);
+                return false;
+            }
+            if (element) jenv->SetObjectArrayElement(array, i, element);
+        }
+        jenv->PopLocalFrame(nullptr);
     }
     return true;
 }
@@ -150,7 +185,7 @@ int deliverString(JNIEnv *jenv, jstring text, StringOut &out, NullRule rule) {
     }
     // The length alone decides whether the text fits; the bytes are converted
     // straight into the caller's buffer.
-    const std::size_t bytes = static_cast<std::size_t>(jenv->GetStringUTFLength(text));
+    const std::size_t bytes = utfLength(jenv, text);
     out.setLength(bytes + 1);
     if (out.capacity() < bytes + 1) return VELMORA_STATUS_BUFFER_TOO_SMALL;
     jenv->GetStringUTFRegion(text, 0, jenv->GetStringLength(text), out.buffer());

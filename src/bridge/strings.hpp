@@ -24,13 +24,15 @@ namespace velmora {
 // that starts none) becomes one U+FFFD. Plain ASCII is handed over as it is.
 jstring newJavaString(JNIEnv *jenv, const char *text);
 
-// A new String[] of `count` null slots, every one of which the caller fills
-// before Java sees the array; null, with the runtime's exception pending,
-// when it cannot be made.
+// A new String[] of `count` null slots, for fillStringArray to fill before
+// any Java code sees it; null, with the runtime's exception pending, when it
+// cannot be made.
 jobjectArray newStringArray(JNIEnv *jenv, jsize count);
 
-// Fills slots 0..count-1 of `array` from `source`. Stops at the first string
-// the runtime cannot make and returns false, with its exception pending.
+// Fills slots 0..count-1 of `array` from `source` (a null text leaves its
+// slot null), releasing every string reference it makes. Stops at the first
+// string the runtime cannot make and returns false, with its exception
+// pending.
 bool fillStringArray(JNIEnv *jenv, jobjectArray array, int count, ListSource &source);
 
 // ---------------------------------------------------------------------------
