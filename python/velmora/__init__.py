@@ -198,7 +198,7 @@ _TYPES = {
     "int64_t": (ctypes.c_int64, _integer(-2**63, 2**63 - 1)),
     "unsigned char": (ctypes.c_ubyte, _integer(0, 255)),
     "const char *": (ctypes.c_char_p, _encode),
-    "velmora_intermediate_callback": (_CALLBACK, _callback),
+    "velmora_intermediate_callback": (ctypes.c_void_p, _callback),
 }
 _OUTPUTS = {"char *": ctypes.c_char_p, "size_t *": ctypes.POINTER(ctypes.c_size_t),
             "int *": ctypes.POINTER(ctypes.c_int), "jobject *": ctypes.POINTER(ctypes.c_void_p)}

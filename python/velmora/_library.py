@@ -36,7 +36,7 @@ def _pkg_config_libdir():
     if run.returncode != 0 or not run.stdout.strip():
         return None, "pkg-config knows no package velmora (PKG_CONFIG_PATH=%s)" % (
             os.environ.get("PKG_CONFIG_PATH", ""))
-    return run.stdout.strip(), None
+    return os.path.normpath(run.stdout.strip()), None
 
 
 def candidates():
