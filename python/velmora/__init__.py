@@ -218,12 +218,12 @@ def _ctype(ctype):
 # The table
 # --------------------------------------------------------------------------
 
-def normalise_type(text):
+def _normalise_type(text):
     """A C type in one spelling: single blanks, '*' after one blank."""
     return " ".join(text.replace("*", " * ").split()).replace("* *", "**")
 
 
-def parse(table, extension=False):
+def _parse(table, extension=False):
     """The rows of a table of _functions: (shape, result type, C name,
     [(C type, parameter name)], extension)."""
     rows = []
@@ -237,14 +237,15 @@ def parse(table, extension=False):
             param = param.strip()
             if param not in ("void", "..."):
                 ctype, pname = re.match(r"(.*?)\s*(\w+)$", param).groups()
-                parameters.append((normalise_type(ctype), pname))
+                parameters.append((_normalise_type(ctype), pname))
             elif param == "...":
                 parameters.append(("...", ""))
-        rows.append((shape, normalise_type(result), name, parameters, extension))
+        rows.append((shape, _normalise_type(result), name, parameters, extension))
     return rows
 
 
-ROWS = parse(_functions.FUNCTIONS) + parse(_functions.EXTENSIONS, extension=True)
+# The table's rows: (shape, result type, C name, [(C type, name)], extension).
+ROWS = _parse(_functions.FUNCTIONS) + _parse(_functions.EXTENSIONS, extension=True)
 
 
 class _Function:
@@ -262,7 +263,6 @@ class _Function:
                 self.inputs += [(n, _strings, counts) for n in names]
             elif ctype in _TYPES and not (lists and pname.startswith("count")):
                 self.inputs.append((pname, _TYPES[ctype][1], 0))
-        self.outputs = [ctype for ctype, _ in parameters if ctype in _OUTPUTS]
         self._c = None
 
     def available(self):
@@ -279,14 +279,15 @@ class _Function:
             try:
                 c = getattr(lib, self.name)
             except AttributeError:
-                raise NotImplementedError("%s has no %s (the library's own extensions came with 1.1)"
-                                     % (lib._name, self.name)) from None
+                raise NotImplementedError("%s has no %s%s" % (lib._name, self.name, (
+                    " (the library's own extensions came with 1.1)" if self.extension else ""))) from None
             c.argtypes, c.restype = self.ctypes, _RESULTS.get(self.result, ctypes.c_void_p)
             self._c = c
         return self._c
 
     def arguments(self, values):
-        """The C arguments before the outputs, from the Python values."""
+        """The C arguments before the outputs, from the Python values. The
+        string lists are the last inputs: their counts, then one array."""
         args, lists = [], []
         for (pname, convert, in_list), value in zip(self.inputs, values):
             converted = convert(value, "%s(%s)" % (self.name, pname))
@@ -403,7 +404,7 @@ class Peach:
     """
 
     def __init__(self, handle=None):
-        self.handle = _BOUND["peach_handle"]() if handle is None else operator.index(handle)
+        self.handle = _BOUND["peach_handle"]() if handle is None else _TYPES["int"][1](handle, "Peach")
 
     def __repr__(self):
         return "velmora.Peach(%d)" % self.handle
