@@ -66,7 +66,8 @@ def load():
                 return ctypes.CDLL(path)
             except OSError as error:
                 note = str(error)
-        tried.append("  %-28s %s%s" % (where, path, (": " + note) if path else note))
+        detail = note if not path or note.startswith(path) else "%s: %s" % (path, note)
+        tried.append("  %s: %s" % (where, detail))
     raise LibraryNotFoundError(
         "libvelmora could not be loaded. Tried:\n%s\nSet VELMORA_LIBRARY to the library file "
         "(for example <prefix>/lib/%s of a cmake --install), or PKG_CONFIG_PATH to "
