@@ -7,7 +7,9 @@
 #            its own directory (installed from VELMORA_SDK_JARS_DIR when set)
 #   bin/velmora-doctor
 #   lib/cmake/velmora/ (find_package) and lib/pkgconfig/velmora.pc
-# The SDK test double is never installed.
+# The SDK test double goes beside the library only as a demo SDK: with
+# -DVELMORA_INSTALL_DEMO_SDK=ON, or on request (cmake --install --component demo)
+# from a build that has it.
 include(CMakePackageConfigHelpers)
 
 set(VELMORA_SDK_JARS_DIR "" CACHE PATH
@@ -29,6 +31,23 @@ if(VELMORA_SDK_JARS_DIR)
     ${VELMORA_SDK_JARS_DIR}/xmlrpc-2.0.jar DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime)
   install(FILES ${VELMORA_SDK_JARS_DIR}/VelmoraDLL.conf DESTINATION ${CMAKE_INSTALL_LIBDIR}
     COMPONENT runtime OPTIONAL)
+endif()
+
+option(VELMORA_INSTALL_DEMO_SDK
+  "Install this project's SDK test double beside the library as a demo SDK, to try every call without the vendor's jars" OFF)
+if(VELMORA_INSTALL_DEMO_SDK AND VELMORA_SDK_JARS_DIR)
+  message(FATAL_ERROR "VELMORA_INSTALL_DEMO_SDK and VELMORA_SDK_JARS_DIR both install a velmora.jar: choose one")
+endif()
+if(VELMORA_INSTALL_DEMO_SDK AND NOT TARGET velmora_sdk_double)
+  add_subdirectory(tests/sdk)
+endif()
+if(TARGET velmora_sdk_double)
+  set(demo_only_on_request EXCLUDE_FROM_ALL)
+  if(VELMORA_INSTALL_DEMO_SDK)
+    set(demo_only_on_request)
+  endif()
+  install(FILES ${VELMORA_LIB_DIR}/velmora.jar DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT demo
+    ${demo_only_on_request})
 endif()
 
 # find_package(velmora 1.0 REQUIRED) -> velmora::velmora

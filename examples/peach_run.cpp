@@ -68,12 +68,14 @@ int main(int argc, char **argv) {
         peach.setIntermediateResultHandler(
             [](std::string_view text) { std::cout << "  intermediate: " << text << std::endl; });
 
+        int executed = 0;  // the results are printed while execute runs
         try {
-            std::cout << "executed: " << peach.execute() << '\n';
+            executed = peach.execute();
         } catch (const velmora::Error &) {
             if (auto message = peach.getLastErrorMessage()) std::cerr << "peach_run_cpp: " << *message << '\n';
             throw;
         }
+        std::cout << "executed: " << executed << '\n';
 
         int files = 0;
         for (const std::string &name : peach.files()) {

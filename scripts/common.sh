@@ -2,7 +2,7 @@
 set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD="${VELMORA_BUILD_DIR:-$ROOT/build}"
-PACKAGES=(cmake ninja-build g++ openjdk-17-jdk-headless libgtest-dev libgmock-dev pkgconf)
+PACKAGES=(cmake ninja-build g++ openjdk-17-jdk-headless libgtest-dev libgmock-dev pkgconf python3-pytest python3-venv)
 # The commands those packages provide, checked where apt-get is not available.
 TOOLS=(cmake ninja c++ javac pkg-config)
 

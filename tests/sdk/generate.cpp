@@ -22,8 +22,9 @@ using Members = std::map<std::string, std::map<std::string, std::string>>;  // c
 const std::string MI = "velmora.user.ManagementImpl", PW = "velmora.user.PeachWrapper",
                   NFC = "velmora.user.NativeFunctionCaller";
 
-// Besides the table: the natural value of an object result, or a
-// constructor's statement after it journaled itself.
+// Besides the table: the natural value of an object result, a constructor's
+// statement after it journaled itself, or the statement a method of another
+// result type runs first (the peach run's intermediate results).
 const Members kDouble = {
     {MI,
      {{"<init>()V", ""}, {"initFile()I", ""}, {"initFile(" S ")I", ""}, {"initFile(" S S ")I", ""},
@@ -31,7 +32,7 @@ const Members kDouble = {
       {"getPlugin(" S ")Lvelmora/user/VelmoraManagerPlugin;", "new VelmoraManagerPlugin()"},
       {"getPluginClass(" S ")Ljava/lang/Class;", "VelmoraManagerPlugin.class"},
       {"getPeachWrapper()Lvelmora/user/PeachWrapper;", "new PeachWrapper()"}}},
-    {PW, {{"get()I", ""}}},
+    {PW, {{"get()I", ""}, {"execute(I)I", "Sdk.progress(a0);"}}},
 };
 const std::tuple<std::string, std::vector<std::string>, Members> kVariants[] = {
     {"missing-class", {MI, PW}, {{"velmora.ManagementImpl", {{"<init>()V", ""}, {"initFile()I", ""}}}}},
@@ -66,8 +67,10 @@ std::string method(const std::string &cls, const std::string &key, const std::st
     if (name == "<init>") return "public " + cls + "(" + params + ") { Sdk.v(\"" + key + "\"" + args + "); " + natural + " }\n";
     const std::map<std::string, std::string> recorders = {
         {"int", "i("}, {"long", "j("}, {"boolean", "z("}, {"String", "s("}, {"void", "v("}};
-    const std::string recorder = recorders.count(type) ? recorders.at(type) : "o(" + natural + ", ";
-    return "public " + type + " " + name + "(" + params + ") { " + (type == "void" ? "" : "return ") + "Sdk." + recorder +
+    const bool object = !recorders.count(type);
+    const std::string recorder = object ? "o(" + natural + ", " : recorders.at(type);
+    return "public " + type + " " + name + "(" + params + ") { " + (object || natural.empty() ? "" : natural + " ") +
+           (type == "void" ? "" : "return ") + "Sdk." + recorder +
            "\"" + key + "\"" + args + "); }\n";
 }
 

@@ -81,6 +81,24 @@ public final class Sdk {
         return delivered.get();
     }
 
+    /**
+     * The double's peach run (PeachWrapper.execute): three intermediate results
+     * for `peach` from a Java thread of its own, delivered before execute returns.
+     */
+    public static void progress(int peach) {
+        IntermediateResultHandler target = handler;
+        if (QUIET || target == null) return;
+        Thread run = new Thread(() -> {
+            for (int step = 1; step <= 3; step++) target.func("peach " + peach + ": step " + step + " of 3");
+        }, "velmora-peach-" + peach);
+        run.start();
+        try {
+            run.join();
+        } catch (InterruptedException e) {
+            Thread.currentThread().interrupt();
+        }
+    }
+
     // ---- recorders of the generated methods ----------------------------
 
     public static int i(String key, Object... args) {
