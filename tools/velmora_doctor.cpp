@@ -117,36 +117,28 @@ void adviseRuntimes(const std::string &dir) {
            "/VelmoraDLL.conf, or with JAVA_HOME=" + runtimes.front().home);
 }
 
-struct LocatorReport {
-    velmora::runtime::Location location;
-    int configLine = 0;  // line of VelmoraDLL.conf that gave the runtime path
-};
-
-LocatorReport traceLocator(const std::string &libraryFile) {
+velmora::runtime::Location traceLocator(const std::string &libraryFile) {
     section("Java runtime search");
-    LocatorReport report;
-    int line = 0;
     const velmora::runtime::Trace trace = [&](std::string_view step, std::string_view detail) {
         std::printf("  %-20.*s %.*s\n", int(step.size()), step.data(), int(detail.size()), detail.data());
-        if (step != "config line") return;
-        ++line;
-        if (detail.find("': runtime path '") != std::string_view::npos) report.configLine = line;
     };
-    report.location = velmora::runtime::locate(libraryFile, &trace);
+    const velmora::runtime::Location location = velmora::runtime::locate(libraryFile, &trace);
     if (const char *home = std::getenv("JAVA_HOME"); home && !fs::is_directory(home)) {
         const std::vector<Runtime> runtimes = installedRuntimes();
         advise(std::string("JAVA_HOME names '") + home + "', which is not a directory: unset it or point it at a "
                "Java home such as " + (runtimes.empty() ? std::string("/usr/lib/jvm/<jdk>") : runtimes.front().home));
     }
-    if (report.location.source != velmora::runtime::Location::Source::BareName) return report;
-    std::printf("  (the bare name is left to the loader; if it cannot load it, current JDK layouts are tried)\n");
-    for (const std::string &candidate : velmora::runtime::modernRuntimeCandidates()) {
+    if (location.candidates.size() > 1) {
+        std::printf("  (the bare name is left to the loader; if it cannot load it, current JDK layouts are tried)\n");
+    }
+    for (std::size_t i = 1; i < location.candidates.size(); ++i) {
+        const std::string &candidate = location.candidates[i].path;
         const char *found = velmora::runtime::namesIrregularFile(candidate) ? "  <- not a regular file, skipped"
                             : fs::exists(candidate)                           ? "  <- exists"
                                                                               : "";
         std::printf("  %-20s %s%s\n", "modern layout", candidate.c_str(), found);
     }
-    return report;
+    return location;
 }
 
 // Where the jars are looked for, and what to do when they are not there.
@@ -196,13 +188,13 @@ std::string property(void *library, const char *name) {
 }
 
 // Next steps when start-up failed with `status`.
-void adviseStartFailure(int status, const LocatorReport &report, const std::string &dir) {
-    const auto &location = report.location;
-    if (status == VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND && location.source == velmora::runtime::Location::Source::Config &&
-        !fs::exists(location.runtimePath)) {
-        advise(location.configPath + " line " + std::to_string(report.configLine) + " names " +
-               location.runtimePath + ", which does not exist; a configured path is used as it is and no other "
-               "source is tried: correct or remove that line");
+void adviseStartFailure(int status, const velmora::runtime::Location &location, const std::string &dir) {
+    const velmora::runtime::Location::Candidate &chosen = location.candidates.front();
+    if (status == VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND && chosen.source == velmora::runtime::Location::Source::Config &&
+        !fs::exists(chosen.path)) {
+        advise(location.configPath + " line " + std::to_string(location.configLine) + " names " + chosen.path +
+               ", which does not exist; a configured path is used as it is and no other source is tried: correct "
+               "or remove that line");
         adviseRuntimes(dir);
     } else if (status == VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND) {
         advise("no Java runtime library could be loaded (the loader's message is above)");
@@ -293,7 +285,7 @@ int main(int argc, char **argv) {
     const std::string dir = file.substr(0, file.find_last_of('/') == std::string::npos ? 0 : file.find_last_of('/'));
     std::printf("  loaded               %s\n  library directory    %s\n", file.c_str(), dir.c_str());
 
-    const LocatorReport report = traceLocator(file);
+    const velmora::runtime::Location location = traceLocator(file);
     const bool jars = checkJars(file, dir);
 
     section("Starting Java");
@@ -307,7 +299,7 @@ int main(int argc, char **argv) {
         return kSdkIncomplete;
     }
     if (status != 0) {
-        adviseStartFailure(status, report, dir);
+        adviseStartFailure(status, location, dir);
         return kNoJava;
     }
     Dl_info runtime{};

@@ -48,23 +48,21 @@ void *openRuntime(const std::string &path, std::string &error) {
     return handle;
 }
 
-// Loads the located runtime library into jvmlibHandle. When the search ended
-// with the bare name and the loader cannot find it, the places where current
-// JDKs keep libjvm are tried before giving up with the bare name's error.
+// Loads the first of the located candidates that loads into jvmlibHandle.
+// When none does, jvmlibHandle is null and the loader's text for the first
+// (the search's own choice) is printed.
 bool loadRuntimeLibrary(const Location &location) {
-    std::string error;
-    ::jvmlibHandle = openRuntime(location.runtimePath, error);
-    if (error.empty()) return true;
-    if (location.source == Location::Source::BareName) {
-        for (const std::string &candidate : modernRuntimeCandidates()) {
-            std::string ignored;
-            if (void *handle = openRuntime(candidate, ignored)) {
-                ::jvmlibHandle = handle;
-                return true;
-            }
+    std::string first;
+    for (const Location::Candidate &candidate : location.candidates) {
+        std::string error;
+        if (void *handle = openRuntime(candidate.path, error)) {
+            ::jvmlibHandle = handle;
+            return true;
         }
+        if (&candidate == &location.candidates.front()) first = error;
     }
-    std::puts(error.c_str());
+    ::jvmlibHandle = nullptr;
+    std::puts(first.c_str());
     std::fflush(stdout);
     return false;
 }
