@@ -355,7 +355,7 @@ int main(int argc, char **argv) {
             std::printf("velmora-doctor %s\n", VELMORA_VERSION_STRING);
             return kReady;
         }
-        if (arg == "--verbose" || arg == "-v") {
+        if (arg == "--verbose") {
             verbose = true;
         } else if (arg.starts_with('-')) {
             return usageError("unknown option '" + arg + "'");
