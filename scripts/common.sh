@@ -30,7 +30,15 @@ install_missing_packages() {
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}"
 }
 
+# Configures $BUILD with the tests and the benchmark on, whatever an earlier
+# configuration left in its cache, and builds the targets named (all without
+# a name).
 configure_and_build() {
-  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-  cmake --build "$BUILD" -j "$(nproc)"
+  cmake -S "$ROOT" -B "$BUILD" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DVELMORA_BUILD_TESTS=ON -DVELMORA_BUILD_BENCH=ON >/dev/null
+  if [ $# -eq 0 ]; then
+    cmake --build "$BUILD" -j "$(nproc)"
+  else
+    cmake --build "$BUILD" -j "$(nproc)" --target "$@"
+  fi
 }

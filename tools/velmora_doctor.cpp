@@ -8,7 +8,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -22,30 +21,33 @@
 namespace fs = std::filesystem;
 using velmora::CallRow;
 using velmora::Target;
+using velmora::runtime::Location;
 
 namespace {
 
 // One meaning per exit code.
 enum Exit {
-    kReady = 0,          // Java starts and the SDK has every class and method
-    kSdkIncomplete = 1,  // the management class or other classes/methods are missing
-    kBadUsage = 2,         // bad command line
+    kReady = 0,          // Java starts and the SDK has every jar, class and method
+    kSdkIncomplete = 1,  // jars, the management class or other classes/methods are missing
+    kBadUsage = 2,       // bad command line
     kNoLibrary = 3,      // libvelmora itself cannot be loaded
     kNoJava = 4,         // the Java runtime cannot be loaded or the JVM not created
 };
 
 constexpr const char *kUsage =
-    "usage: velmora-doctor [path/to/libvelmora.so]\n"
+    "usage: velmora-doctor [--verbose] [path/to/libvelmora.so]\n"
     "       velmora-doctor --help | --version\n"
     "\n"
     "Loads libvelmora (by default the one installed beside this program, else\n"
-    "through the loader's search), traces how it finds the Java runtime, starts\n"
-    "Java, and checks the SDK jars in the library's directory against every\n"
-    "Java class and method the library calls. Each problem comes with a next step.\n"
+    "through the loader's search), traces how it finds the Java runtime (with\n"
+    "--verbose every PATH entry, also those without java), starts Java, and\n"
+    "checks the SDK jars in the library's directory against every Java class and\n"
+    "method the library calls. Each problem comes with a next step (->); the\n"
+    "last line is the result.\n"
     "\n"
     "exit status:\n"
-    "  0  ready: Java starts and the SDK has every class and method\n"
-    "  1  the SDK beside the library is missing or lacks classes or methods\n"
+    "  0  ready: Java starts and the SDK has every jar, class and method\n"
+    "  1  the SDK beside the library is missing or lacks jars, classes or methods\n"
     "  2  usage error\n"
     "  3  libvelmora cannot be loaded\n"
     "  4  no Java runtime could be loaded, or the JVM could not be created\n";
@@ -57,8 +59,21 @@ template <class F> F *symbol(void *library, const char *name) {
 }
 #define LIBRARY_FN(library, name) symbol<decltype(name)>(library, #name)
 
-void section(const char *title) { std::printf("\n== %s\n", title); }
+void section(const std::string &title) { std::printf("\n== %s\n", title.c_str()); }
 void advise(const std::string &text) { std::printf("  -> %s\n", text.c_str()); }
+// "  <label padded to 20> <text>\n", the layout of every finding.
+std::string formatted(std::string_view label, std::string_view text) {
+    std::string out = "  " + std::string(label);
+    if (out.size() < 22) out.resize(22, ' ');
+    return out.append(" ").append(text) += '\n';
+}
+void line(std::string_view label, const std::string &text) { std::fputs(formatted(label, text).c_str(), stdout); }
+
+// Every run that checks something ends with the result, whatever it is.
+int finish(Exit code, const std::string &result) {
+    section("Result: " + result);
+    return code;
+}
 
 std::string defaultLibrary() {
     std::error_code ec;
@@ -87,13 +102,20 @@ struct Runtime {
     std::string library;  // what a configuration line would name
 };
 
+// Where a Java home may keep its runtime library, current layout first.
+std::vector<std::string_view> runtimeLayouts() {
+    std::vector<std::string_view> layouts{velmora::runtime::kCurrentLayout};
+    layouts.insert(layouts.end(), velmora::runtime::kClassicLayouts.begin(), velmora::runtime::kClassicLayouts.end());
+    return layouts;
+}
+
 std::vector<Runtime> installedRuntimes() {
     std::vector<Runtime> found;
     std::set<fs::path> seen;
     for (const char *root : {"/usr/lib/jvm", "/usr/java", "/usr/local", "/opt", "/opt/java"}) {
         std::error_code ec;
         for (const fs::directory_entry &home : fs::directory_iterator(root, ec)) {
-            for (const char *layout : {"lib/server/libjvm.so", "jre/lib/amd64/server/libjvm.so"}) {
+            for (std::string_view layout : runtimeLayouts()) {
                 const fs::path library = home.path() / layout;
                 std::error_code exists;
                 if (!fs::is_regular_file(library, exists) || !seen.insert(fs::canonical(library, exists)).second) continue;
@@ -102,6 +124,11 @@ std::vector<Runtime> installedRuntimes() {
         }
     }
     return found;
+}
+
+std::string someJavaHome() {
+    const std::vector<Runtime> runtimes = installedRuntimes();
+    return runtimes.empty() ? "/usr/lib/jvm/<jdk>" : runtimes.front().home;
 }
 
 void adviseRuntimes(const std::string &dir) {
@@ -117,49 +144,72 @@ void adviseRuntimes(const std::string &dir) {
            "/VelmoraDLL.conf, or with JAVA_HOME=" + runtimes.front().home);
 }
 
-struct LocatorReport {
-    velmora::runtime::Location location;
-    int configLine = 0;  // line of VelmoraDLL.conf that gave the runtime path
-};
-
-LocatorReport traceLocator(const std::string &libraryFile) {
-    section("Java runtime search");
-    LocatorReport report;
-    int line = 0;
-    const velmora::runtime::Trace trace = [&](std::string_view step, std::string_view detail) {
-        std::printf("  %-20.*s %.*s\n", int(step.size()), step.data(), int(detail.size()), detail.data());
-        if (step != "config line") return;
-        ++line;
-        if (detail.find("': runtime path '") != std::string_view::npos) report.configLine = line;
-    };
-    report.location = velmora::runtime::locate(libraryFile, &trace);
-    if (const char *home = std::getenv("JAVA_HOME"); home && !fs::is_directory(home)) {
-        const std::vector<Runtime> runtimes = installedRuntimes();
+// A JAVA_HOME that is no directory, or a directory without any runtime layout.
+void adviseJavaHome() {
+    const char *home = std::getenv("JAVA_HOME");
+    if (home == nullptr) return;
+    std::error_code ec;
+    if (!fs::is_directory(home, ec)) {
         advise(std::string("JAVA_HOME names '") + home + "', which is not a directory: unset it or point it at a "
-               "Java home such as " + (runtimes.empty() ? std::string("/usr/lib/jvm/<jdk>") : runtimes.front().home));
+               "Java home such as " + someJavaHome());
+        return;
     }
-    if (report.location.source != velmora::runtime::Location::Source::BareName) return report;
-    std::printf("  (the bare name is left to the loader; if it cannot load it, current JDK layouts are tried)\n");
-    for (const std::string &candidate : velmora::runtime::modernRuntimeCandidates()) {
+    for (std::string_view layout : runtimeLayouts()) {
+        if (fs::is_regular_file(fs::path(home) / layout, ec)) return;
+    }
+    advise(std::string("JAVA_HOME names '") + home + "', a directory that holds no runtime library (no " +
+           std::string(velmora::runtime::kCurrentLayout) + " nor " + std::string(velmora::runtime::kClassicLayouts[0]) +
+           "): unset it or point it at a Java home such as " + someJavaHome());
+}
+
+// Prints the search's trace and the candidates start-up tries. Unless
+// `verbose`, a PATH entry that holds no java is counted, not shown.
+Location traceLocator(const std::string &libraryFile, bool verbose) {
+    section("Java runtime search");
+    std::string entry;  // a PATH entry's line, held until its next step shows whether it has a java
+    int quiet = 0;
+    const velmora::runtime::Trace trace = [&](std::string_view step, std::string_view detail) {
+        if (!verbose && !entry.empty()) {
+            const bool none = step == "launcher" && detail.ends_with(": cannot open, next entry");
+            if (!none) std::fputs(entry.c_str(), stdout);
+            entry.clear();
+            if (none) return void(++quiet);
+        }
+        if (step == "runtime library" && quiet > 0) {
+            std::printf("  (%d PATH entries without java not shown: velmora-doctor --verbose shows them)\n", quiet);
+            quiet = 0;
+        }
+        if (step == "hint") return advise(std::string(detail));
+        if (!verbose && step == "PATH entry") entry = formatted(step, detail);
+        else std::fputs(formatted(step, detail).c_str(), stdout);
+    };
+    const Location location = velmora::runtime::locate(libraryFile, &trace);
+    adviseJavaHome();
+    if (location.candidates.size() > 1) {
+        std::printf("  (the bare name is left to the loader; if it cannot load it, current JDK layouts are tried)\n");
+    }
+    for (std::size_t i = 1; i < location.candidates.size(); ++i) {
+        const std::string &candidate = location.candidates[i].path;
         const char *found = velmora::runtime::namesIrregularFile(candidate) ? "  <- not a regular file, skipped"
                             : fs::exists(candidate)                           ? "  <- exists"
                                                                               : "";
         std::printf("  %-20s %s%s\n", "modern layout", candidate.c_str(), found);
     }
-    return report;
+    return location;
 }
 
 // Where the jars are looked for, and what to do when they are not there.
-// Returns true when all three are present.
-bool checkJars(const std::string &file, const std::string &dir) {
+// The test double needs only velmora.jar. Returns the required jars absent.
+std::string checkJars(const std::string &file, const std::string &dir, bool testDouble, bool noManagement) {
     section("SDK jars in the library directory");
     std::string absent;
     for (const char *jar : kJars) {
         const bool present = hasJar(dir.empty() ? "/" : dir, jar);
-        if (!present) absent += std::string(absent.empty() ? "" : ", ") + jar;
-        std::printf("  %-24s %s\n", jar, present ? "present" : "absent");
+        const bool needed = !testDouble || jar == kJars[0];
+        if (!present && needed) absent += std::string(absent.empty() ? "" : ", ") + jar;
+        std::printf("  %-24s %s\n", jar,
+                    present ? "present" : needed ? "absent" : "absent, not needed by the test double");
     }
-    const bool all = absent.empty();
     if (!dir.empty() && dir.front() != '/') {
         advise("the loader names the library by a relative path; the library takes its directory relative to "
                "the working directory at the moment it is loaded: load it by an absolute path to be sure");
@@ -171,15 +221,18 @@ bool checkJars(const std::string &file, const std::string &dir) {
         advise("the library was reached through a link: " + file + " -> " + real.string() +
                "; the jars are looked for in " + dir + " (the directory of the path the loader reports), not in " +
                realDir.string());
-        if (!all && hasJar(realDir, kJars[0])) {
+        if (!absent.empty() && hasJar(realDir, kJars[0])) {
             advise("link or copy the jars (and VelmoraDLL.conf) of " + realDir.string() + " into " + dir +
                    ", or load the library by its real path " + real.string());
         }
     }
-    if (!all) {
+    if (!absent.empty()) {
         advise("copy the vendor's " + absent + " into " + (dir.empty() ? std::string("/") : dir));
+    } else if (noManagement) {
+        advise("velmora.jar in " + dir + " holds no " + velmora::className(Target::Management) +
+               ": it is not the Velmora SDK; install the vendor's");
     }
-    return all;
+    return absent;
 }
 
 std::string describe(void *library, int status) {
@@ -196,21 +249,38 @@ std::string property(void *library, const char *name) {
 }
 
 // Next steps when start-up failed with `status`.
-void adviseStartFailure(int status, const LocatorReport &report, const std::string &dir) {
-    const auto &location = report.location;
-    if (status == VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND && location.source == velmora::runtime::Location::Source::Config &&
-        !fs::exists(location.runtimePath)) {
-        advise(location.configPath + " line " + std::to_string(report.configLine) + " names " +
-               location.runtimePath + ", which does not exist; a configured path is used as it is and no other "
-               "source is tried: correct or remove that line");
+void adviseStartFailure(int status, const Location &location, const std::string &dir) {
+    const Location::Candidate &chosen = location.candidates.front();
+    if (status == VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND && chosen.source == Location::Source::Config &&
+        !fs::exists(chosen.path)) {
+        advise(location.configPath + " line " + std::to_string(location.configLine) + " names " + chosen.path +
+               ", which does not exist; a configured path is used as it is and no other source is tried: correct "
+               "or remove that line");
         adviseRuntimes(dir);
     } else if (status == VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND) {
         advise("no Java runtime library could be loaded (the loader's message is above)");
         adviseRuntimes(dir);
-    } else if (status == VELMORA_STATUS_JAVA_NOT_INITIALIZED) {
+    } else {
         advise("the JVM was loaded but could not be created: its reason is printed above; check "
                "JAVA_TOOL_OPTIONS and _JAVA_OPTIONS for options it rejects");
     }
+}
+
+// How the runtime behaves inside a host process, for the runtime that started.
+void describeHostProcess(const std::string &runtimeLibrary) {
+    section("Signals and fork in the host process");
+    line("signals", "a handler for SIGINT, SIGTERM or SIGHUP that the host installed before start-up is kept; "
+                    "where the host left the default, the runtime's handlers run the Java shutdown hooks and exit");
+    line("fork", "a forked child gets -11 from every call that reaches Java");
+    const fs::path jsig = fs::path(runtimeLibrary).parent_path().parent_path() / "libjsig.so";
+    std::error_code ec;
+    if (runtimeLibrary.empty() || !fs::is_regular_file(jsig, ec)) {
+        line("crash handlers", "this runtime has no libjsig.so: a host installs its SIGSEGV or SIGBUS handlers "
+                               "before start-up, never after");
+        return;
+    }
+    line("crash handlers", "a host that installs SIGSEGV or SIGBUS handlers (a crash reporter) runs with");
+    std::printf("    LD_PRELOAD=%s\n", jsig.c_str());
 }
 
 // Classes named in a signature ("Lpkg/Name;"), so that a parameter type the
@@ -265,69 +335,88 @@ int checkContract(JNIEnv *jenv) {
     return missing;
 }
 
+int usageError(const std::string &problem) {
+    std::fprintf(stderr, "velmora-doctor: %s\n\n%s\n== Result: usage error\n", problem.c_str(), kUsage);
+    return kBadUsage;
+}
+
 }  // namespace
 
 int main(int argc, char **argv) {
-    if (argc == 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
-        std::fputs(kUsage, stdout);
-        return kReady;
+    bool verbose = false;
+    std::vector<std::string> named;
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        if (arg == "--help" || arg == "-h") {
+            std::fputs(kUsage, stdout);
+            return kReady;
+        }
+        if (arg == "--version") {
+            std::printf("velmora-doctor %s\n", VELMORA_VERSION_STRING);
+            return kReady;
+        }
+        if (arg == "--verbose") {
+            verbose = true;
+        } else if (arg.starts_with('-')) {
+            return usageError("unknown option '" + arg + "'");
+        } else {
+            named.push_back(arg);
+        }
     }
-    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-        std::printf("velmora-doctor %s\n", VELMORA_VERSION_STRING);
-        return kReady;
-    }
-    if (argc > 2 || (argc == 2 && argv[1][0] == '-')) {
-        std::fputs(kUsage, stderr);
-        return kBadUsage;
-    }
-    const std::string request = argc == 2 ? argv[1] : defaultLibrary();
+    if (named.size() > 1) return usageError("one library at most, not also '" + named[1] + "'");
+    const std::string request = named.empty() ? defaultLibrary() : named.front();
     section("Library");
     void *library = dlopen(request.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (!library) {
         std::printf("  cannot load %s: %s\n", request.c_str(), dlerror());
         advise("name the library file: velmora-doctor /path/to/libvelmora.so, or add its directory to "
                "LD_LIBRARY_PATH");
-        return kNoLibrary;
+        return finish(kNoLibrary, "libvelmora cannot be loaded");
     }
     const std::string file = loadedFile(library);
     const std::string dir = file.substr(0, file.find_last_of('/') == std::string::npos ? 0 : file.find_last_of('/'));
     std::printf("  loaded               %s\n  library directory    %s\n", file.c_str(), dir.c_str());
 
-    const LocatorReport report = traceLocator(file);
-    const bool jars = checkJars(file, dir);
+    const Location location = traceLocator(file, verbose);
 
     section("Starting Java");
     std::fflush(stdout);
     const int status = LIBRARY_FN(library, velmora_initJava)();
-    std::printf("  velmora_initJava     %d %s\n", status, describe(library, status).c_str());
+    line("velmora_initJava", std::to_string(status) + " " + describe(library, status));
+    JNIEnv *jenv = nullptr;
+    std::string runtimeLibrary;
+    bool testDouble = false;
     if (status == VELMORA_STATUS_METHOD_NOT_FOUND) {
-        std::printf("  the management class %s is not on the class path: no call can work\n",
+        std::printf("  the management class %s is not on the class path: no call can work (next step below)\n",
                     velmora::className(Target::Management));
-        if (jars) advise("velmora.jar in " + dir + " holds no velmora/user/ManagementImpl: it is not the Velmora SDK");
-        return kSdkIncomplete;
+    } else if (status != 0) {
+        adviseStartFailure(status, location, dir);
+    } else {
+        Dl_info runtime{};
+        void *create = dlsym(*symbol<void *>(library, "jvmlibHandle"), "JNI_CreateJavaVM");
+        if (create && dladdr(create, &runtime) && runtime.dli_fname) runtimeLibrary = runtime.dli_fname;
+        line("runtime library", runtimeLibrary);
+        line("java.version", property(library, "java.version") + " (" + property(library, "java.vendor") + ")");
+        line("java.home", property(library, "java.home"));
+        line("java.class.path", property(library, "java.class.path"));
+        jenv = LIBRARY_FN(library, velmora_getJNIEnv)();
+        testDouble = classExists(jenv, "velmora/testing/Sdk");
+        if (testDouble) {
+            line("SDK", "this project's own test double, not the vendor's SDK");
+            advise("fine for the tests; for real use replace the jars in " + dir + " with the vendor's");
+        }
     }
-    if (status != 0) {
-        adviseStartFailure(status, report, dir);
-        return kNoJava;
-    }
-    Dl_info runtime{};
-    if (void *create = dlsym(*symbol<void *>(library, "jvmlibHandle"), "JNI_CreateJavaVM"); create && dladdr(create, &runtime))
-        std::printf("  runtime library      %s\n", runtime.dli_fname);
-    std::printf("  java.version         %s (%s)\n", property(library, "java.version").c_str(),
-                property(library, "java.vendor").c_str());
-    std::printf("  java.home            %s\n", property(library, "java.home").c_str());
-    std::printf("  java.class.path      %s\n", property(library, "java.class.path").c_str());
 
-    JNIEnv *jenv = LIBRARY_FN(library, velmora_getJNIEnv)();
-    if (classExists(jenv, "velmora/testing/Sdk")) {
-        std::printf("  SDK                  this project's own test double, not the vendor's SDK\n");
-        advise("fine for the tests; for real use replace the jars in " + dir + " with the vendor's");
-    }
+    const std::string absent = checkJars(file, dir, testDouble, status == VELMORA_STATUS_METHOD_NOT_FOUND);
+    if (status == VELMORA_STATUS_METHOD_NOT_FOUND) return finish(kSdkIncomplete, "the SDK has no management class");
+    if (status != 0) return finish(kNoJava, "Java cannot be started");
     const int missing = checkContract(jenv);
     if (missing != 0) {
         advise("the velmora.jar in " + dir + " is not the SDK that libvelmora " VELMORA_VERSION_STRING
                " calls: install the matching vendor SDK there");
     }
-    section(missing == 0 ? "Result: ready" : "Result: the SDK lacks what the library calls");
-    return missing == 0 ? kReady : kSdkIncomplete;
+    describeHostProcess(runtimeLibrary);
+    if (missing != 0) return finish(kSdkIncomplete, "the SDK lacks what the library calls");
+    if (!absent.empty()) return finish(kSdkIncomplete, "the SDK lacks " + absent);
+    return finish(kReady, "ready");
 }

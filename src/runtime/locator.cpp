@@ -9,12 +9,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <optional>
+#include <utility>
 
 namespace velmora::runtime {
 namespace {
@@ -25,24 +25,8 @@ constexpr std::string_view kKeyJvm64Path = "JVM64PATH";
 constexpr std::string_view kKeyJvmPath = "JVMPATH";
 constexpr const char* kBareName = "libjvm.so";
 
-// Appended to $JAVA_HOME, in the order they are tried.
-constexpr std::array<std::string_view, 4> kJavaHomeSuffixes = {
-    "/jre/lib/amd64/server/libjvm.so",
-    "/jre/lib/amd64/client/libjvm.so",
-    "/lib/amd64/server/libjvm.so",
-    "/lib/amd64/client/libjvm.so",
-};
-
-// Appended to "<home>/" when the home was derived from a java launcher.
-constexpr std::array<std::string_view, 4> kLauncherHomeCandidates = {
-    "jre/lib/amd64/server/libjvm.so",
-    "jre/lib/amd64/client/libjvm.so",
-    "lib/amd64/server/libjvm.so",
-    "lib/amd64/client/libjvm.so",
-};
-
-constexpr std::string_view kModernSuffix = "lib/server/libjvm.so";
-constexpr const char* kDefaultModernRuntime = "/usr/lib/jvm/default-java/lib/server/libjvm.so";
+constexpr const char* kDefaultJavaHome = "/usr/lib/jvm/default-java";  // the system's default runtime
+constexpr std::string_view kBlanks = " \t";
 
 // The configuration file is read up to this many bytes; the rest of a larger
 // file is ignored.
@@ -137,9 +121,16 @@ std::string_view withoutLineEnd(std::string_view line) {
     return line;
 }
 
-// Reads the configured runtime path, if any. A JVMPATH line replaces what an
-// earlier one gave; the first JVM64PATH line wins and ends the reading.
-std::optional<std::string> readConfig(const std::string& configPath, const Trace* trace) {
+std::string_view trimmed(std::string_view text) {
+    const std::size_t start = text.find_first_not_of(kBlanks);
+    if (start == std::string_view::npos) return {};
+    return text.substr(start, text.find_last_not_of(kBlanks) - start + 1);
+}
+
+// Reads the configured runtime path, if any, with the line that gave it. A
+// JVMPATH line replaces what an earlier one gave; the first JVM64PATH line
+// wins and ends the reading.
+std::optional<std::pair<std::string, int>> readConfig(const std::string& configPath, const Trace* trace) {
     std::string_view why;
     const int fd = openRegularFile(configPath.c_str(), why);
     std::FILE* file = fd < 0 ? nullptr : ::fdopen(fd, "r");
@@ -147,9 +138,9 @@ std::optional<std::string> readConfig(const std::string& configPath, const Trace
     note(trace, "config file", {configPath, file ? ": opened" : ": ", file ? "" : why, file ? "" : ", skipped"});
     if (file == nullptr) return std::nullopt;
 
-    std::optional<std::string> value;
+    std::optional<std::pair<std::string, int>> value;
     char line[kPathBuffer];  // a longer line arrives in several pieces
-    while (std::fgets(line, sizeof line, file) != nullptr) {
+    for (int number = 1; std::fgets(line, sizeof line, file) != nullptr; ++number) {
         if (std::ftell(file) > kConfigReadLimit) {
             note(trace, "config file", {"longer than the reading limit, the rest is ignored"});
             break;
@@ -161,14 +152,18 @@ std::optional<std::string> readConfig(const std::string& configPath, const Trace
         if (found.empty()) {
             note(trace, "config line", {"'", shown, "': no key and value, ignored"});
         } else if (key == kKeyJvm64Path) {
-            value.emplace(found);
+            value.emplace(found, number);
             note(trace, "config line", {"'", shown, "': runtime path '", found, "', reading stops"});
             break;
         } else if (key == kKeyJvmPath) {
-            value.emplace(found);
+            value.emplace(found, number);
             note(trace, "config line", {"'", shown, "': runtime path '", found, "'"});
         } else {
             note(trace, "config line", {"'", shown, "': unknown key '", key, "', ignored"});
+            if (trimmed(key) == kKeyJvm64Path || trimmed(key) == kKeyJvmPath) {
+                note(trace, "hint", {"blanks count in keys and values: write line ", std::to_string(number), " as ",
+                                     trimmed(key), "=", trimmed(found)});
+            }
         }
     }
     std::fclose(file);
@@ -183,9 +178,9 @@ std::optional<std::string> searchJavaHome(const Trace* trace) {
     }
     note(trace, "JAVA_HOME", {"'", home, "'"});
     char candidate[kPathBuffer];
-    for (std::string_view suffix : kJavaHomeSuffixes) {
-        if (!compose(candidate, {home, suffix})) {
-            note(trace, "JAVA_HOME candidate", {"$JAVA_HOME", suffix, ": too long, skipped"});
+    for (std::string_view layout : kClassicLayouts) {
+        if (!compose(candidate, {home, "/", layout})) {
+            note(trace, "JAVA_HOME candidate", {"$JAVA_HOME/", layout, ": too long, skipped"});
             continue;
         }
         std::string_view why;
@@ -201,7 +196,7 @@ std::optional<std::string> searchJavaHome(const Trace* trace) {
 bool tryLauncherHome(char* path, const Trace* trace) {
     std::string home = posixDirname(posixDirname(posixDirname(path)));
     note(trace, "java home", {path, " -> ", home});
-    for (std::string_view relative : kLauncherHomeCandidates) {
+    for (std::string_view relative : kClassicLayouts) {
         if (!compose(path, {home, "/", relative})) {
             note(trace, "candidate", {home, "/", relative, ": too long, skipped"});
             continue;
@@ -280,6 +275,7 @@ std::string_view describe(Location::Source source) {
         case Location::Source::JavaHome: return "JAVA_HOME";
         case Location::Source::Path: return "java on PATH";
         case Location::Source::BareName: return "bare name for the dynamic loader";
+        case Location::Source::CurrentLayout: return "current JDK layout";
     }
     return "unknown";
 }
@@ -313,6 +309,31 @@ const std::string& loadedFile() {
 
 [[gnu::constructor]] void nameLoadedFileAtLoad() { loadedFile(); }
 
+// Appends the places where current JDKs keep the runtime library, each once.
+void addCurrentLayouts(std::vector<Location::Candidate>& candidates) {
+    auto add = [&](std::string home) {
+        if (home.empty() || home.back() != '/') home += '/';
+        std::string path = home + std::string(kCurrentLayout);
+        for (const Location::Candidate& known : candidates) {
+            if (known.path == path) return;
+        }
+        candidates.push_back({std::move(path), Location::Source::CurrentLayout});
+    };
+    const char* home = std::getenv("JAVA_HOME");
+    if (home != nullptr && *home != '\0') add(home);
+    forEachPathEntry(nullptr, [&](std::string_view entry) {
+        std::string launcher = std::string(entry) + "/java";
+        char* resolved = ::realpath(launcher.c_str(), nullptr);
+        if (resolved == nullptr) return false;
+        std::string real(resolved);
+        std::free(resolved);
+        struct stat status;
+        if (::stat(real.c_str(), &status) == 0 && S_ISREG(status.st_mode)) add(posixDirname(posixDirname(real)));
+        return false;
+    });
+    add(kDefaultJavaHome);
+}
+
 }  // namespace
 
 std::string ownLibraryFile() { return loadedFile(); }
@@ -336,18 +357,19 @@ Location locate(std::string_view libraryFile, const Trace* trace) {
     }
 
     auto choose = [&](std::string path, Location::Source source) {
-        where.runtimePath = std::move(path);
-        where.source = source;
-        note(trace, "runtime library", {where.runtimePath, " (", describe(source), ")"});
-        if (namesIrregularFile(where.runtimePath)) {
+        note(trace, "runtime library", {path, " (", describe(source), ")"});
+        if (namesIrregularFile(path)) {
             note(trace, "runtime library", {"not a regular file: start-up will not load it (-22)"});
         }
+        where.candidates.push_back({std::move(path), source});
+        if (source == Location::Source::BareName) addCurrentLayouts(where.candidates);
         return where;
     };
 
     if (!where.configPath.empty()) {
         if (auto configured = readConfig(where.configPath, trace)) {
-            return choose(std::move(*configured), Location::Source::Config);
+            where.configLine = configured->second;
+            return choose(std::move(configured->first), Location::Source::Config);
         }
     }
     if (auto fromHome = searchJavaHome(trace)) {
@@ -368,38 +390,6 @@ int findJavaInPath(char* path, const Trace* trace) {
     bool found = forEachPathEntry(
         trace, [&](std::string_view entry) { return searchPathEntry(entry, path, trace); });
     return found ? 0 : -1;
-}
-
-std::vector<std::string> modernRuntimeCandidates(const Trace* trace) {
-    std::vector<std::string> candidates;
-    auto add = [&](std::string candidate) {
-        if (std::find(candidates.begin(), candidates.end(), candidate) != candidates.end()) return;
-        note(trace, "modern candidate", {candidate});
-        candidates.push_back(std::move(candidate));
-    };
-    auto underHome = [](std::string home) {
-        if (home.empty() || home.back() != '/') home += '/';
-        return home + std::string(kModernSuffix);
-    };
-
-    const char* home = std::getenv("JAVA_HOME");
-    if (home != nullptr && *home != '\0') add(underHome(home));
-
-    forEachPathEntry(trace, [&](std::string_view entry) {
-        std::string launcher = std::string(entry) + "/java";
-        char* resolved = ::realpath(launcher.c_str(), nullptr);
-        if (resolved == nullptr) return false;
-        std::string real(resolved);
-        std::free(resolved);
-        struct stat status;
-        if (::stat(real.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
-        note(trace, "launcher", {launcher, " -> ", real});
-        add(underHome(posixDirname(posixDirname(real))));
-        return false;
-    });
-
-    add(kDefaultModernRuntime);
-    return candidates;
 }
 
 }  // namespace velmora::runtime

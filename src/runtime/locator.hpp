@@ -3,14 +3,18 @@
 // Four sources are consulted in a fixed order and the first that yields a
 // path wins:
 //   1. VelmoraDLL.conf beside the library file (keys JVM64PATH and JVMPATH);
-//   2. the JAVA_HOME environment variable (four classic layouts under it);
+//   2. the JAVA_HOME environment variable (the classic layouts under it);
 //   3. the java launcher found on PATH, links followed one at a time, from
 //      which a Java home three directories up is derived;
 //   4. the bare name "libjvm.so", left to the dynamic loader's search.
-// Nothing here fails: every branch ends with a path, and a path that cannot be
-// loaded shows up when start-up loads it. The environment is only read.
+// When the bare name wins, the places where current JDKs keep the library
+// follow it in the list of candidates that start-up tries in order and the
+// doctor prints. Nothing here fails: every branch ends with a path, and a path
+// that cannot be loaded shows up when start-up loads it. The environment is
+// only read.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -23,13 +27,28 @@ namespace velmora::runtime {
 // included: values of at most kPathBuffer - 1 bytes are supported.
 inline constexpr std::size_t kPathBuffer = 4096;
 
-// Receives one line per step of the search (for the diagnostics tool).
-// Every function takes it as a pointer that may be null; nothing is formatted
-// then.
+// Where a Java home keeps its runtime library: the classic layouts, tried in
+// this order under JAVA_HOME and under the home of a java launcher on PATH,
+// and the layout of current JDKs (9 and later).
+inline constexpr std::array<std::string_view, 4> kClassicLayouts = {
+    "jre/lib/amd64/server/libjvm.so",
+    "jre/lib/amd64/client/libjvm.so",
+    "lib/amd64/server/libjvm.so",
+    "lib/amd64/client/libjvm.so",
+};
+inline constexpr std::string_view kCurrentLayout = "lib/server/libjvm.so";
+
+// Receives one line per step of the search (for the diagnostics tool); a step
+// named "hint" says how to fix what the step before it found. Every function
+// takes it as a pointer that may be null; nothing is formatted then.
 using Trace = std::function<void(std::string_view step, std::string_view detail)>;
 
 struct Location {
-    enum class Source { Config, JavaHome, Path, BareName };
+    enum class Source { Config, JavaHome, Path, BareName, CurrentLayout };
+    struct Candidate {
+        std::string path;  // what to hand to dlopen
+        Source source;
+    };
 
     // Directory of the library's own file; "" when the file is unknown, has
     // no directory part, lies directly in "/", or the directory is too long.
@@ -37,9 +56,15 @@ struct Location {
     // "<libraryDir>/VelmoraDLL.conf"; "" when no configuration file can be
     // named (unknown file, no directory part, or the path would be too long).
     std::string configPath;
-    // What to hand to dlopen.
-    std::string runtimePath;
-    Source source = Source::BareName;
+    // Line of the configuration file that gave the runtime path (counted as
+    // read, a longer line in pieces of kPathBuffer - 1 bytes); 0 for none.
+    int configLine = 0;
+    // What start-up tries to load, in order, until one loads: first the
+    // search's own choice; after the bare name, $JAVA_HOME/lib/server/libjvm.so
+    // (JAVA_HOME set and non-empty), then for each java launcher on PATH,
+    // fully resolved, the directory two levels above it + /lib/server/libjvm.so,
+    // then the system's default runtime, without duplicates. Never empty.
+    std::vector<Candidate> candidates;
 };
 
 // Short human-readable name of a source ("configuration file", ...).
@@ -65,12 +90,5 @@ int findJavaInPath(char* path, const Trace* trace = nullptr);
 // is never handed to the dynamic loader, which could block on it or read it
 // without end; it counts as a library that is absent.
 bool namesIrregularFile(const std::string& path);
-
-// Further guesses for runtimes that keep the library at lib/server/libjvm.so,
-// in order and without duplicates: $JAVA_HOME/lib/server/libjvm.so (JAVA_HOME
-// set and non-empty), then for each java launcher on PATH, fully resolved, the
-// directory two levels above it + /lib/server/libjvm.so, then the system's
-// default runtime. Existence is not checked; the caller tries each in turn.
-std::vector<std::string> modernRuntimeCandidates(const Trace* trace = nullptr);
 
 }  // namespace velmora::runtime

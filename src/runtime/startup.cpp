@@ -54,23 +54,23 @@ void *openRuntime(const std::string &path, std::string &error) {
     return handle;
 }
 
-// Loads the located runtime library into jvmlibHandle. When the search ended
-// with the bare name and the loader cannot find it, the places where current
-// JDKs keep libjvm are tried before giving up with the bare name's error.
+// Loads the first of the located candidates that loads into jvmlibHandle.
+// When none does, jvmlibHandle is null and the loader's text for the first
+// (the search's own choice) is printed and given back in `error`.
 bool loadRuntimeLibrary(const Location &location, std::string &error) {
-    state::keepRuntimeLibrary(openRuntime(location.runtimePath, error));
-    if (error.empty()) return true;
-    if (location.source == Location::Source::BareName) {
-        for (const std::string &candidate : modernRuntimeCandidates()) {
-            std::string ignored;
-            if (void *handle = openRuntime(candidate, ignored)) {
-                state::keepRuntimeLibrary(handle);
-                return true;
-            }
+    std::string first;
+    for (const Location::Candidate &candidate : location.candidates) {
+        std::string tried;
+        if (void *handle = openRuntime(candidate.path, tried)) {
+            state::keepRuntimeLibrary(handle);
+            return true;
         }
+        if (&candidate == &location.candidates.front()) first = tried;
     }
-    std::puts(error.c_str());
+    state::keepRuntimeLibrary(nullptr);
+    std::puts(first.c_str());
     std::fflush(stdout);
+    error = first;
     return false;
 }
 
@@ -165,15 +165,15 @@ int startUp() {
         failure::notInitialized();
         return VELMORA_STATUS_JAVA_NOT_INITIALIZED;
     }
-    // The configuration file's lines are kept for the account of a failure.
-    std::string configured;
-    const Trace keepConfig = [&configured](std::string_view step, std::string_view detail) {
-        if (step.starts_with("config")) configured.append("\n  ").append(step).append(": ").append(detail);
-    };
-    const Location location = locate(ownLibraryFile(), &keepConfig);
+    const Location location = locate(ownLibraryFile());
     if (std::string error; !loadRuntimeLibrary(location, error)) {
-        recordStartup("The Java runtime library could not be loaded: " + error + "\nIt was chosen from the " +
-                      std::string(describe(location.source)) + configured);
+        std::string cause = "The Java runtime library could not be loaded: " + error + "\nIt was chosen from the " +
+                            std::string(describe(location.candidates.front().source));
+        if (location.configLine > 0)
+            cause += ", line " + std::to_string(location.configLine) + " of " + location.configPath;
+        if (location.candidates.size() > 1)
+            cause += "; " + std::to_string(location.candidates.size() - 1) + " other places did not load either";
+        recordStartup(cause + ".");
         return VELMORA_STATUS_JVM_LIBRARY_NOT_FOUND;
     }
     InvocationApi api;

@@ -7,11 +7,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <optional>
-#include <regex>
 #include <tuple>
 
 namespace fs = std::filesystem;
@@ -38,7 +37,7 @@ protected:
         fs::remove_all(t_);
     }
     // "$T" stands for the scratch directory.
-    std::string sub(const std::string& s) const { return std::regex_replace(s, std::regex("\\$T"), t_); }
+    std::string sub(std::string s) const { return s.find("$T") == s.npos ? s : sub(s.replace(s.find("$T"), 2, t_)); }
     std::string at(const std::string& rel) const {  // "$T/<rel>", its directory made
         fs::create_directories(fs::path(t_ + "/" + rel).parent_path());
         return t_ + "/" + rel;
@@ -70,7 +69,7 @@ TEST_F(LocatorTest, ConfigurationFileThenJavaHome) {
     const Trace empty;  // a trace without a target is the same as none
     for (const auto& [content, expected] : cases) {
         file("lib/VelmoraDLL.conf", content);
-        EXPECT_EQ(locate(t_ + "/lib/v.so", &empty).runtimePath, expected) << content.substr(0, 60);
+        EXPECT_EQ(locate(t_ + "/lib/v.so", &empty).candidates[0].path, expected) << content.substr(0, 60);
     }
 
     // Where the file is looked for: library file, directory, configuration file. "fit" is the longest
@@ -133,18 +132,21 @@ TEST_F(LocatorTest, PathSearch) {
     EXPECT_EQ(findJavaInPath(nullptr), -1);  // with the last row's PATH, which leads to a launcher
 }
 
-TEST_F(LocatorTest, ModernCandidatesInOrderWithoutDuplicates) {
-    for (const char* f : {"jdkA/bin/java", "jdkB/bin/java", "d/java/f"}) file(f);  // d/java: a directory, no launcher
+TEST_F(LocatorTest, CandidatesInOrderWithoutDuplicates) {
+    // d/java: a directory, no launcher; jdkC: a home of the classic layout.
+    for (const std::string& f : {"jdkA/bin/java"s, "jdkB/bin/java"s, "d/java/f"s, "jdkC" + kSrv}) file(f);
     fs::create_symlink(t_ + "/jdkA/bin/java", at("a/java"));
     fs::create_symlink("../jdkB/bin/java", at("b/java"));
     const std::string tail = "/lib/server/libjvm.so", a = t_ + "/jdkA" + tail, b = t_ + "/jdkB" + tail,
                       fallback = "/usr/lib/jvm/default-java" + tail, path = ":$T/a:$T/none:$T/d:$T/b:$T/jdkA/bin";
-    // JAVA_HOME first, though its JDK comes later on PATH; an empty one is none, and so is an empty PATH.
-    for (const auto& [home, entries, expected] : std::vector<std::tuple<std::string, std::string, Strings>>{
-             {"$T/jdkB/", path, {b, a, fallback}}, {"", path, {a, b, fallback}}, {"", "", {fallback}}}) {
+    // After the bare name, where current JDKs keep the library: JAVA_HOME first, though its JDK comes
+    // later on PATH; an empty one is none, and so is an empty PATH. Nothing follows another choice.
+    for (const auto& [home, entries, want] : std::vector<std::tuple<std::string, std::string, Strings>>{
+             {"$T/jdkB/", path, {"libjvm.so", b, a, fallback}}, {"", path, {"libjvm.so", a, b, fallback}},
+             {"", "", {"libjvm.so", fallback}}, {"$T/jdkC", path, {t_ + "/jdkC" + kSrv}}}) {
         ::setenv("JAVA_HOME", sub(home).c_str(), 1);
         ::setenv("PATH", sub(entries).c_str(), 1);
-        EXPECT_EQ(modernRuntimeCandidates(), expected) << "JAVA_HOME " << home << ", PATH " << entries;
+        EXPECT_TRUE(std::ranges::equal(locate("").candidates, want, {}, &Location::Candidate::path)) << home << entries;
     }
 }
 
