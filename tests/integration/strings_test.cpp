@@ -1,19 +1,17 @@
 // Strings both ways. Results: every string function x the Java outcome x the
 // caller's capacity, with the function's rule for a null Java string
-// (delivered as "", or no text at all); the three indexed walks; the bridge's
-// own texts. Lists: every form of every function that takes one. Arguments
-// at their limits: a heap too small for them, null pointers.
+// (delivered as "", or no text at all); the three indexed walks; system
+// properties; the calling thread's account of its last failure. Lists: every
+// form of every function that takes one. Arguments at their limits: a heap
+// too small for them, null pointers.
 #include <stdlib.h>
 
-#include <cstring>
 #include <functional>
 #include <thread>
 
 #include "support/fixture.hpp"
 
 namespace {
-
-using Fetch = int (*)(char *, std::size_t *);
 
 struct Case {
     const char *outcome;  // "null" for a null Java string
@@ -23,16 +21,14 @@ struct Case {
     std::size_t len, noTextLen;  // after the call
     const char *text;            // in the buffer; nullptr: untouched
 };
-const char kSupplementary[] = "x\xED\xA0\xBD\xED\xB8\x80";  // U+1F600 as Java hands it out
+// Non-ASCII bytes are counted, U+1F600 as Java hands it out (a surrogate pair).
+const char kWide[] = "Grüße x\xED\xA0\xBD\xED\xB8\x80";
 const Case kCases[] = {
     {"0123456789", 10, false, false, -23, -23, 11, 11, nullptr},
     {"0123456789", 11, false, false, 0, 0, 11, 11, "0123456789"},
     {"0123456789", 64, true, false, -23, -23, 11, 11, nullptr},
     {"0123456789", 64, false, true, -23, -23, 64, 64, nullptr},
-    {"Grüße", 7, false, false, -23, -23, 8, 8, nullptr},
-    {"Grüße", 8, false, false, 0, 0, 8, 8, "Grüße"},
-    {kSupplementary, 64, false, false, 0, 0, 8, 8, kSupplementary},
-    {"", 0, false, false, -23, -23, 1, 1, nullptr},
+    {kWide, sizeof kWide, false, false, 0, 0, sizeof kWide, sizeof kWide, kWide},
     {"", 1, false, false, 0, 0, 1, 1, ""},
     {"null", 0, false, false, -23, 0, 1, 0, nullptr},
     {"null", 1, false, false, 0, 0, 1, 0, ""},  // no text: untouched
@@ -52,10 +48,7 @@ TEST_F(Strings, EveryFunctionOutcomeAndCapacity) {
             Buffer b(c.capacity, c.noBytes, c.noLength);
             EXPECT_EQ(row.call(b), noText ? c.noTextStatus : c.status);
             EXPECT_EQ(b.len, noText ? c.noTextLen : c.len);
-            EXPECT_EQ(b.untouched(), c.text == nullptr || noText);
-            if (c.text && !noText) {
-                EXPECT_STREQ(b.bytes, c.text);
-            }
+            EXPECT_EQ(b.text(), c.text && !noText ? c.text : std::string(sizeof b.bytes, '#'));
         }
         sdk::journal();
     }
@@ -78,7 +71,6 @@ TEST_F(Strings, IndexedNamesReportCountAndBoundaries) {
         {"3", "name-one", -1, 64, kOutOfRange, 3, 1, ""},
         {"3", "name-one", 3, 64, kOutOfRange, 3, 1, ""},
         {"3", "name-one", 3, 0, kOutOfRange, 3, 1, nullptr},
-        {"0", "name-one", 0, 64, kOutOfRange, 0, 1, ""},
         {"3", "name-one", 1, 9, 0, 3, 9, "name-one"},
         {"3", "name-one", 1, 8, kSmall, 1, 9, ""},
         {"3", "name-one", 1, 0, kSmall, 1, 9, nullptr},
@@ -98,10 +90,7 @@ TEST_F(Strings, IndexedNamesReportCountAndBoundaries) {
             EXPECT_EQ(row.call(b), s.status);
             EXPECT_EQ(table::indexOut, s.indexAfter);
             EXPECT_EQ(b.len, s.lenAfter);
-            EXPECT_EQ(b.untouched(), s.text == nullptr);
-            if (s.text) {
-                EXPECT_EQ(b.text(), s.text);
-            }
+            EXPECT_EQ(b.text(), s.text ? s.text : std::string(sizeof b.bytes, '#'));
             Journal expected = {row.reached[0].line};
             if (s.status != kOutOfRange && std::string(s.countIs) != "throw")
                 expected.push_back(name + " 7, " + std::to_string(s.index));
@@ -111,13 +100,13 @@ TEST_F(Strings, IndexedNamesReportCountAndBoundaries) {
     table::indexIn = 1;
 }
 
-// Java system properties come from the running machine, by the no-text rule;
-// built-in status texts never ask Java.
+// Java system properties come from the running machine, by the no-text rule
+// (a property that cannot be asked for is -13); built-in status texts never
+// ask Java.
 TEST_F(Strings, JavaSystemPropertiesAndBuiltInTexts) {
     Buffer missing(64), empty(64), version(4), builtIn(64);
     EXPECT_EQ(velmora_getJavaSystemProperty("no.such.property", missing.bytes, &missing.len), 0);
-    EXPECT_EQ(missing.len, 0u);
-    EXPECT_TRUE(missing.untouched());
+    EXPECT_TRUE(missing.untouched() && missing.len == 0);
     EXPECT_EQ(velmora_getJavaSystemProperty("com.sun.management.jmxremote", empty.bytes, &empty.len), 0);
     EXPECT_EQ(empty.len, 1u);
     EXPECT_EQ(velmora_getJavaSystemProperty("java.class.version", version.bytes, &version.len), -23);
@@ -125,44 +114,6 @@ TEST_F(Strings, JavaSystemPropertiesAndBuiltInTexts) {
     EXPECT_EQ(velmora_getJavaSystemProperty(nullptr, version.bytes, &version.len), -13);
     EXPECT_EQ(velmora_describeStatusCode(-24, builtIn.bytes, &builtIn.len), 0);
     EXPECT_TRUE(sdk::journal().empty());
-}
-
-// Before start-up: the built-in status texts need no Java, other codes are
-// Java's to describe, and two functions explain in 52 characters and two NULs
-// why they failed.
-TEST(BridgeTexts, BuiltInStatusTextsAndTheNotInitialisedText) {
-    const std::pair<int, const char *> builtIn[] = {
-        {0, "OK"}, {-11, "Java is not initialized"}, {-12, "Java method could not be found"},
-        {-13, "Uncaught exception thrown from Java"}, {-14, "Unable to find the constructor of Management Interface"},
-        {-15, "Unable to find the initializer of Management Interface"}, {-16, "Unable to initialize Management Interface"},
-        {-17, "Unknown error"}, {-18, "Unable to find Java"}, {-19, "Unable to find Java version"},
-        {-20, "Unable to find Java keypath"}, {-21, "Unable to find Java runtime library location"},
-        {-22, "Unable to find Java runtime library"}, {-23, "String buffer is too small."},
-        {-24, "File index is out of bounds."}, {-25, "VARIANT type is invalid, BSTR expected."},
-    };
-    for (auto [code, text] : builtIn) {
-        Buffer small(std::strlen(text)), exact(std::strlen(text) + 1);
-        EXPECT_EQ(velmora_describeStatusCode(code, small.bytes, &small.len), -23) << code;
-        EXPECT_EQ(small.len, exact.len);
-        EXPECT_TRUE(small.untouched());
-        EXPECT_EQ(velmora_describeStatusCode(code, exact.bytes, &exact.len), 0) << code;
-        EXPECT_EQ(exact.text(), text);
-    }
-    Buffer unknown(64), property(64);
-    EXPECT_EQ(velmora_describeStatusCode(-26, unknown.bytes, &unknown.len), -11);
-    EXPECT_TRUE(unknown.untouched());
-    EXPECT_EQ(velmora_getJavaSystemProperty("java.version", property.bytes, &property.len), -11);
-    EXPECT_TRUE(property.untouched());
-    for (Fetch fetch : std::initializer_list<Fetch>{[](char *b, size_t *l) { return velmora_getLastErrorMessage(b, l); },
-                                                    [](char *b, size_t *l) { return velmora_getPluginConf("p", "k", b, l); }}) {
-        Buffer tight(53), room(54);
-        EXPECT_EQ(fetch(tight.bytes, &tight.len), -11);
-        EXPECT_EQ(tight.len, 54u);
-        EXPECT_TRUE(tight.untouched());
-        EXPECT_EQ(fetch(room.bytes, &room.len), -11);
-        EXPECT_EQ(room.len, 54u);
-        EXPECT_EQ(std::string(room.bytes, 55), std::string("No Error Message available; Java is not initialized.\0\0#", 55));
-    }
 }
 
 // The calling thread's account of its last failure, by the string-result
@@ -206,14 +157,13 @@ TEST_F(Bridge, TheLastFailureIsTheCallingThreadsOwn) {
 // that takes them, the list rows of the forwarding table: each form reads
 // exactly `count` strings, in order, with null elements arriving as null
 // slots; lists that cannot be read are refused before Java.
-using Pool = const char *const *;
 const char *kWithNulls[] = {"a", nullptr, "", "d", nullptr};
 
-// The journal's rendering of pool[from, to).
-std::string render(Pool pool, int from, int to) {
+// The journal's rendering of kWithNulls[from, to).
+std::string render(int from, int to) {
     std::string out = "[";
     for (int i = from; i < to; ++i)
-        out += (i == from ? "" : ", ") + (pool[i] ? "\"" + std::string(pool[i]) + "\"" : "null");
+        out += (i == from ? "" : ", ") + (kWithNulls[i] ? "\"" + std::string(kWithNulls[i]) + "\"" : "null");
     return out + "]";
 }
 
@@ -222,17 +172,14 @@ TEST_F(Strings, EveryFormReadsExactlyItsCountWithNullElements) {
         const std::string &line = row.reached[0].line, function = row.function;
         if (line.find("[Ljava/lang/String;") == std::string::npos) continue;
         const bool twoLists = line.find("], [") != std::string::npos;
-        for (Pool pool : {static_cast<Pool>(table::kPool), static_cast<Pool>(kWithNulls)}) {
-            for (int count : {0, 1, 3}) {
-                table::listCount = count;
-                table::listPool = pool;
-                Buffer b(64);
-                EXPECT_GE(row.call(b), 0) << function << " " << count;
-                const std::string lists = twoLists ? render(pool, 0, 2) + ", " + render(pool, 2, 2 + count)
-                                                   : render(pool, 0, count);
-                const std::size_t from = line.find('[', line.find(' ')), to = line.rfind(']') + 1;
-                EXPECT_EQ(sdk::journal(), Journal{line.substr(0, from) + lists + line.substr(to)});
-            }
+        table::listPool = kWithNulls;
+        for (int count : {0, 1, 3}) {
+            table::listCount = count;
+            Buffer b(64);
+            EXPECT_GE(row.call(b), 0) << function << " " << count;
+            const std::string lists = twoLists ? render(0, 2) + ", " + render(2, 2 + count) : render(0, count);
+            const std::size_t from = line.find('[', line.find(' ')), to = line.rfind(']') + 1;
+            EXPECT_EQ(sdk::journal(), Journal{line.substr(0, from) + lists + line.substr(to)});
         }
         // Refused before Java: a negative count, or no array for a positive count.
         Buffer b(64);
@@ -240,10 +187,9 @@ TEST_F(Strings, EveryFormReadsExactlyItsCountWithNullElements) {
         EXPECT_EQ(row.call(b), VELMORA_STATUS_JAVA_EXCEPTION) << function;
         table::listCount = 3;
         table::listPool = nullptr;
-        if (function.back() == '3') {
-            EXPECT_EQ(row.call(b), VELMORA_STATUS_JAVA_EXCEPTION) << function;
-        }
+        if (function.back() == '3') { EXPECT_EQ(row.call(b), VELMORA_STATUS_JAVA_EXCEPTION) << function; }
         table::listPool = table::kPool;
+        table::listCount = 2;
         EXPECT_TRUE(sdk::journal().empty()) << function;
     }
     // Nothing to read needs no array; a negative first count of two never
@@ -272,8 +218,9 @@ TEST_F(Strings, VaListFormsLeaveTheCallersListPastTheirStrings) {
 // Conversion of C arguments at its limits: a heap too small for them and null
 // pointers anywhere (text that is not well-formed UTF-8 has rows of the
 // forwarding table), none of which may leave an exception pending, a JNI call
-// made with one, or a reference behind (the suites run under the JVM's JNI
-// checking, which warns on each).
+// made with one, or a reference or a local frame behind (the suites run under
+// the JVM's JNI checking, which warns on the first two; the fixture checks
+// frames).
 
 // Each argument that cannot fit in the heap: -13 at once, the Java method not
 // called, nothing pending, and the next call as usual.
@@ -298,7 +245,6 @@ TEST_F(SmallHeap, ArgumentsThatDoNotFitTheHeap) {
     for (const auto &[what, call] : cases) {
         EXPECT_EQ(call(), VELMORA_STATUS_JAVA_EXCEPTION) << what;
         EXPECT_FALSE(threadEnv()->ExceptionCheck()) << what;
-        EXPECT_EQ(sdk::journal(), Journal{}) << what;
         EXPECT_EQ(velmora_ready(1), 0) << what;
         EXPECT_EQ(sdk::journal(), Journal{"ready(I)I 1"}) << what;
     }
@@ -325,7 +271,6 @@ TEST_F(PeachBridge, NullPointersLeaveNoReference) {
             EXPECT_EQ(velmora_describeStatusCode(-5, nullptr, nullptr), -23);
             EXPECT_EQ(velmora_setLogLevel(nullptr), 0);
             EXPECT_EQ(velmora_createJob3(1, 2, nulls), 0);
-            EXPECT_EQ(velmora_createJob3(1, 0, nullptr), 0);
             EXPECT_EQ(velmora_peach_setName(handle, nullptr), 0);
             EXPECT_EQ(velmora_getJavaSystemProperty("java.version", nullptr, nullptr), -23);
         }
