@@ -33,6 +33,17 @@ inline jobject globalClass(const char *name) {
 // How a host points an exported reference elsewhere while calls may run.
 inline void point(void *&slot, void *value) { std::atomic_ref(slot).store(value); }
 
+// The calling thread's account of its last failure, read by the rules of
+// every string result.
+inline std::string lastFailure() {
+    std::size_t len = 0;
+    EXPECT_EQ(velmora_describeLastFailure(nullptr, &len), VELMORA_STATUS_BUFFER_TOO_SMALL);
+    std::string text(len, '#');
+    EXPECT_EQ(velmora_describeLastFailure(text.data(), &len), 0);
+    EXPECT_EQ(text.size(), len);
+    return text.substr(0, len - 1);
+}
+
 // The first reference of a new local frame on this thread, compared and never
 // used. HotSpot gives a new frame the block of references that the thread
 // released last, so the value stays the same over any calls that pop every

@@ -64,11 +64,12 @@ inline int withVaList(const std::function<int(va_list)> &call, int anchor, ...) 
 inline int indexIn = 1, indexOut;
 inline int *index() { return &(indexOut = indexIn); }
 
-inline const char *kPool[] = {"p0", "p1", "p2", "p3", "p4"};
 // The strings every list row (every row of a String[] overload) passes:
-// listCount of listPool (after the first list of two, which is always 2).
-// The rows' lines expect 2 of kPool.
-inline int listCount = 2;
+// listCount of listPool, after the first list of two rows that take two
+// (always 2). The rows' lines expect 3 of kPool, a null and an empty string
+// among them: LIST, or FIRST and SECOND.
+inline const char *kPool[] = {"a", nullptr, "", "d", nullptr};
+inline int listCount = 3;
 inline const char *const *listPool = kPool;
 
 #define S "Ljava/lang/String;"
@@ -80,14 +81,15 @@ inline const char *const *listPool = kPool;
 #define VA(expression) withVaList([](va_list ap) { return expression; }, 0, POOL)
 #define OUT b.out(), b.size()
 #define ARRAY const_cast<const char **>(listPool)
-#define P2 "[\"p0\", \"p1\"]"
-#define P3 "[\"p2\", \"p3\"]"
+#define LIST "[\"a\", null, \"\"]"
+#define FIRST "[\"a\", null]"
+#define SECOND "[\"\", \"d\", null]"
 
 inline std::vector<Row> forwarders() {
-    const std::string bundle = "createBundle(I" S S S S S S S S S SA SA ")I 3, " Q9 ", " P2 ", " P3;
-    const std::string sealed = "createSignedBundle(I" S S S S S S S S S S SA SA S ")I 3, " Q9 ", \"t10\", " P2
-                               ", " P3 ", \"t11\"";
-    const std::string project = "createProject(II" S SA ")I 7, 8, \"t\", " P2;
+    const std::string bundle = "createBundle(I" S S S S S S S S S SA SA ")I 3, " Q9 ", " FIRST ", " SECOND;
+    const std::string sealed = "createSignedBundle(I" S S S S S S S S S S SA SA S ")I 3, " Q9 ", \"t10\", " FIRST
+                               ", " SECOND ", \"t11\"";
+    const std::string project = "createProject(II" S SA ")I 7, 8, \"t\", " LIST;
     const std::string handler = "setIntermediateResultHandler(ILvelmora/user/IntermediateResultHandler;)V 5, "
                                 "NativeFunctionCaller";
     return {
@@ -125,11 +127,11 @@ inline std::vector<Row> forwarders() {
     {#stem, CALL(velmora_##stem(__VA_OPT__(__VA_ARGS__, ) listCount, POOL)), {{line, #value}}, value},                \
         {#stem "2", CALL(VA(velmora_##stem##2(__VA_OPT__(__VA_ARGS__, ) listCount, ap))), {{line, #value}}, value}, \
         {#stem "3", CALL(velmora_##stem##3(__VA_OPT__(__VA_ARGS__, ) listCount, ARRAY)), {{line, #value}}, value}
-#define LIST_STEM(stem, value) FORMS(stem, #stem "(I" SA ")I 7, " P2, value, 7)
+#define LIST_STEM(stem, value) FORMS(stem, #stem "(I" SA ")I 7, " LIST, value, 7)
         LIST_STEM(setProjectParams, 53), LIST_STEM(createProjectJobs, 54), LIST_STEM(createJob, 55),
         LIST_STEM(createCachedJob, 56), FORMS(createBundle, bundle, 41, 3, T9, 2),
         FORMS(createSignedBundle, sealed, 42, 3, T9, "t10", "t11", 2), FORMS(createProject, project, 51, 7, 8, "t"),
-        FORMS(peach, "peach(" SA ")I " P2, 90),
+        FORMS(peach, "peach(" SA ")I " LIST, 90),
 #define INT_ROW(name, value) {#name, CALL(velmora_##name(7)), {{#name "(I)I 7", #value}}, value}
 #define BOOL_ROW(name, value) {#name, CALL(velmora_##name(7)), {{#name "(I)Z 7", #value}}, value}
 #define DIR_ROW(name, value) {#name, CALL(velmora_##name(7, "d")), {{#name "(I" S ")I 7, \"d\"", #value}}, value}
@@ -184,8 +186,8 @@ inline std::vector<Row> forwarders() {
         P_FLAG(setDataSkipDigest, false), P_FLAG(setJobSkipDigest, true), P_FLAG(setParamSkipDigest, false),
         P_FLAG(setParamCopy, true), P_INT(setProjectId, -4), P_INT(setJobs, 12), P_INT(postProcessed, 4),
         P_RESULT(getProjectHandle, -42), P_RESULT(getProjectId, 91), P_RESULT(execute, -3),
-        PEACH(setPriorityI, (5, 3), "setPriority(II)V 5, 3"), P_FORMS(setJobFileNames, "(I" SA ")V 5, " P2, 5),
-        P_FORMS(addJobFile, "(I" SA ")V 5, " P2, 5), P_FORMS(addJobFileWithDir, "(I" S SA ")V 5, \"dir\", " P2, 5, "dir"),
+        PEACH(setPriorityI, (5, 3), "setPriority(II)V 5, 3"), P_FORMS(setJobFileNames, "(I" SA ")V 5, " LIST, 5),
+        P_FORMS(addJobFile, "(I" SA ")V 5, " LIST, 5), P_FORMS(addJobFileWithDir, "(I" S SA ")V 5, \"dir\", " LIST, 5, "dir"),
         YES(peach_sourcesChanged, (5), "sourcesChanged(I)Z 5"),
         PEACH(addExeFile, (5, "a", "b", "c", "d"), "addExeFile(I" S S S S ")V 5, \"a\", \"b\", \"c\", \"d\""),
         PEACH(newDataBundle, (5), "newDataBundle(I)V 5"), PEACH(done, (5), "done(I)V 5"),
