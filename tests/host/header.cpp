@@ -11,17 +11,13 @@
 #include "velmora.hpp"
 
 int main() {
-    // int, long, boolean, text, optional text, two lists, walk, peach list,
-    // handler registration.
+    // long, boolean, text (which has a text of its own before start-up),
+    // optional text, two lists, walk, peach list, handler registration.
     const std::function<void()> calls[] = {
-        [] { velmora::open(); },
-        [] { velmora::getUsedTime(1); },
-        [] { velmora::isCompleted(1); },
-        [] { velmora::getLastErrorMessage(); },
+        [] { velmora::getUsedTime(1); }, [] { velmora::isCompleted(1); }, [] { velmora::getLastErrorMessage(); },
         [] { velmora::getJavaSystemProperty("java.version"); },
         [] { velmora::createBundle(1, "", "", "", "", "", "", "", "", "", std::vector<std::string>{"a"}, {"c"}); },
-        [] { velmora::getResultFiles(1).begin(); },
-        [] { velmora::Peach(1).addJobFile({std::string_view("x")}); },
+        [] { velmora::getResultFiles(1).begin(); }, [] { velmora::Peach(1).addJobFile({std::string_view("x")}); },
         [] { velmora::Peach(1).setIntermediateResultHandler([](std::string_view) {}); },
     };
     std::size_t caught = 0;
