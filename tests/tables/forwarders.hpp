@@ -114,6 +114,7 @@ inline std::vector<Row> forwarders() {
         TXT(getLastErrorMessage, (OUT), "getLastErrorMessage()" S, "bad", false),
         TXT(getUserLogin, (OUT), "getUserLogin()" S, "me", false), TXT(getTempDir, (OUT), "getTempDir()" S, "/t", false),
         TXT(getPluginConf, ("p", "k", OUT), "getPluginConf(" S S ")" S " \"p\", \"k\"", "v", false),
+        ROW(getPlugin, ("p", nullptr), "getPlugin(" S ")Lvelmora/user/VelmoraManagerPlugin; \"p\"", 0),
         TXT(describeStatusCode, (-5, OUT), "describeStatusCode(I)" S " -5", "remote failure", false),
         ROW(uploadBundleWithName, (4, "b"), "uploadBundle(I" S ")I 4, \"b\"", 44),
         YES(bundleExists, ("b"), "bundleExists(" S ")Z \"b\""),
