@@ -1,6 +1,7 @@
-// The bridge's state over its life: initialisers replacing the management
-// object, unloading and the peach wrapper, plug-ins, the result callback,
-// threads that end.
+// The bridge's state over its life: the host's signal handlers and a forked
+// child, initialisers replacing the management object, the peach wrapper
+// (what unloads do to it the forwarding passes check), plug-ins, the result
+// callback, threads that end.
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,9 +1,10 @@
 // Strings both ways. Results: every string function x the Java outcome x the
 // caller's capacity, with the function's rule for a null Java string
 // (delivered as "", or no text at all); the three indexed walks; system
-// properties; the calling thread's account of its last failure. Lists: every
-// form of every function that takes one. Arguments at their limits: a heap
-// too small for them, null pointers.
+// properties; the calling thread's account of its last failure. Lists: empty
+// ones and ones that cannot be read, in every form of every function that
+// takes one. Arguments at their limits: a heap too small for them, null
+// pointers.
 #include <stdlib.h>
 
 #include <functional>
