@@ -20,13 +20,16 @@ int main() {
         [] { velmora::getResultFiles(1).begin(); }, [] { velmora::Peach(1).addJobFile({std::string_view("x")}); },
         [] { velmora::Peach(1).setIntermediateResultHandler([](std::string_view) {}); },
     };
+    // The header's text of -11.
+#define VELMORA_TEXT_OF_11(name, value, kind, text) value == -11 ? text:
+    const std::string description = VELMORA_STATUS_CODES(VELMORA_TEXT_OF_11) "";
     std::size_t caught = 0;
     for (const std::function<void()> &call : calls) {
         try {
             call();
         } catch (const velmora::NotInitialized &e) {
             caught += e.code() == -11 && e.sdkMessage().empty() &&
-                      std::string(e.what()) == "velmora: -11 Java is not initialized\n" + e.failure() &&
+                      std::string(e.what()) == "velmora: -11 " + description + "\n" + e.failure() &&
                       e.failure().find("no start-up") != std::string::npos;
         }
     }
