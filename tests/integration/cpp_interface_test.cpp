@@ -97,10 +97,13 @@ TEST_F(CppPeach, EachKindOfFailureHasItsOwnException) {
         velmora::createJob(7, {});
         ADD_FAILURE() << "nothing thrown";
     } catch (const velmora::JavaException &e) {
+        // The description is the header's text of the code.
+#define VELMORA_TEXT_OF_13(name, value, kind, text) value == -13 ? text:
+        const std::string description = VELMORA_STATUS_CODES(VELMORA_TEXT_OF_13) "";
         EXPECT_EQ(std::make_tuple(e.code(), e.description(), e.sdkMessage(), e.failure().substr(0, 60)),
-                  std::make_tuple(-13, "Uncaught exception thrown from Java", "disk full",
+                  std::make_tuple(-13, description, "disk full",
                                   "java.lang.RuntimeException: scripted failure in createJob\n\ta"));
-        EXPECT_EQ(e.what(), "velmora: -13 Uncaught exception thrown from Java: disk full\n" + e.failure());
+        EXPECT_EQ(e.what(), "velmora: -13 " + description + ": disk full\n" + e.failure());
     }
     // Once unloaded the wrapper is gone.
     ASSERT_EQ(velmora::unload(false), 0);

@@ -1,11 +1,12 @@
 // Strings both ways. Results: every string function x the Java outcome x the
 // caller's capacity, with the function's rule for a null Java string
-// (delivered as "", or no text at all); the three indexed walks; the bridge's
-// own texts. Lists: every form of every function that takes one. Arguments
-// at their limits: a heap too small for them, null pointers.
+// (delivered as "", or no text at all); the three indexed walks; system
+// properties; the calling thread's account of its last failure. Lists: empty
+// ones and ones that cannot be read, in every form of every function that
+// takes one. Arguments at their limits: a heap too small for them, null
+// pointers.
 #include <stdlib.h>
 
-#include <cstring>
 #include <functional>
 #include <thread>
 
@@ -13,29 +14,26 @@
 
 namespace {
 
-using Fetch = int (*)(char *, std::size_t *);
-
+// A Java outcome ("null" for a null Java string) delivered into a caller
+// buffer of `capacity` (or none, or no length). A function whose null rule is
+// "no text" gives 0, *len 0 and an untouched buffer for a null string instead.
 struct Case {
-    const char *outcome;  // "null" for a null Java string
+    const char *outcome;
     std::size_t capacity;
     bool noBytes, noLength;
-    int status, noTextStatus;    // by the function's null rule
-    std::size_t len, noTextLen;  // after the call
-    const char *text;            // in the buffer; nullptr: untouched
+    int status;
+    std::size_t len;   // after the call
+    const char *text;  // in the buffer; nullptr: untouched
 };
-const char kSupplementary[] = "x\xED\xA0\xBD\xED\xB8\x80";  // U+1F600 as Java hands it out
+// Non-ASCII bytes are counted, U+1F600 as Java hands it out (a surrogate pair).
+const char kWide[] = "Grüße x\xED\xA0\xBD\xED\xB8\x80";
 const Case kCases[] = {
-    {"0123456789", 10, false, false, -23, -23, 11, 11, nullptr},
-    {"0123456789", 11, false, false, 0, 0, 11, 11, "0123456789"},
-    {"0123456789", 64, true, false, -23, -23, 11, 11, nullptr},
-    {"0123456789", 64, false, true, -23, -23, 64, 64, nullptr},
-    {"Grüße", 7, false, false, -23, -23, 8, 8, nullptr},
-    {"Grüße", 8, false, false, 0, 0, 8, 8, "Grüße"},
-    {kSupplementary, 64, false, false, 0, 0, 8, 8, kSupplementary},
-    {"", 0, false, false, -23, -23, 1, 1, nullptr},
-    {"", 1, false, false, 0, 0, 1, 1, ""},
-    {"null", 0, false, false, -23, 0, 1, 0, nullptr},
-    {"null", 1, false, false, 0, 0, 1, 0, ""},  // no text: untouched
+    {"0123456789", 10, false, false, -23, 11, nullptr}, {"0123456789", 11, false, false, 0, 11, "0123456789"},
+    {"0123456789", 64, true, false, -23, 11, nullptr},  {"0123456789", 64, false, true, -23, 64, nullptr},
+    {kWide, sizeof kWide, false, false, 0, sizeof kWide, kWide},
+    {"", 1, false, false, 0, 1, ""},
+    {"null", 0, false, false, -23, 1, nullptr},
+    {"null", 1, false, false, 0, 1, ""},
 };
 
 class Strings : public PeachBridge {};
@@ -50,12 +48,9 @@ TEST_F(Strings, EveryFunctionOutcomeAndCapacity) {
             const bool noText = row.nullIsNoText && std::string(c.outcome) == "null";
             sdk::script(row.reached[0].key(), {c.outcome});
             Buffer b(c.capacity, c.noBytes, c.noLength);
-            EXPECT_EQ(row.call(b), noText ? c.noTextStatus : c.status);
-            EXPECT_EQ(b.len, noText ? c.noTextLen : c.len);
-            EXPECT_EQ(b.untouched(), c.text == nullptr || noText);
-            if (c.text && !noText) {
-                EXPECT_STREQ(b.bytes, c.text);
-            }
+            EXPECT_EQ(row.call(b), noText ? 0 : c.status);
+            EXPECT_EQ(b.len, noText ? 0 : c.len);
+            EXPECT_EQ(b.text(), c.text && !noText ? c.text : std::string(sizeof b.bytes, '#'));
         }
         sdk::journal();
     }
@@ -68,20 +63,16 @@ TEST_F(Strings, IndexedNamesReportCountAndBoundaries) {
     struct Step {
         const char *countIs, *nameIs;
         int index;
-        size_t capacity;
+        std::size_t capacity;
         int status, indexAfter;
-        size_t lenAfter;
+        std::size_t lenAfter;
         const char *text;  // nullptr: buffer untouched
     };
     const int kOutOfRange = VELMORA_STATUS_FILE_INDEX_OUT_OF_BOUNDS, kSmall = VELMORA_STATUS_BUFFER_TOO_SMALL;
     const Step steps[] = {
-        {"3", "name-one", -1, 64, kOutOfRange, 3, 1, ""},
-        {"3", "name-one", 3, 64, kOutOfRange, 3, 1, ""},
-        {"3", "name-one", 3, 0, kOutOfRange, 3, 1, nullptr},
-        {"0", "name-one", 0, 64, kOutOfRange, 0, 1, ""},
-        {"3", "name-one", 1, 9, 0, 3, 9, "name-one"},
-        {"3", "name-one", 1, 8, kSmall, 1, 9, ""},
-        {"3", "name-one", 1, 0, kSmall, 1, 9, nullptr},
+        {"3", "name-one", -1, 64, kOutOfRange, 3, 1, ""},     {"3", "name-one", 3, 64, kOutOfRange, 3, 1, ""},
+        {"3", "name-one", 3, 0, kOutOfRange, 3, 1, nullptr},  {"3", "name-one", 1, 9, 0, 3, 9, "name-one"},
+        {"3", "name-one", 1, 8, kSmall, 1, 9, ""},            {"3", "name-one", 1, 0, kSmall, 1, 9, nullptr},
         {"3", "null", 2, 64, 0, 3, 1, ""},
         {"3", "throw", 2, 64, VELMORA_STATUS_JAVA_EXCEPTION, 2, 64, nullptr},
         {"throw", "name-one", 2, 64, VELMORA_STATUS_JAVA_EXCEPTION, 2, 64, nullptr},
@@ -98,10 +89,7 @@ TEST_F(Strings, IndexedNamesReportCountAndBoundaries) {
             EXPECT_EQ(row.call(b), s.status);
             EXPECT_EQ(table::indexOut, s.indexAfter);
             EXPECT_EQ(b.len, s.lenAfter);
-            EXPECT_EQ(b.untouched(), s.text == nullptr);
-            if (s.text) {
-                EXPECT_EQ(b.text(), s.text);
-            }
+            EXPECT_EQ(b.text(), s.text ? s.text : std::string(sizeof b.bytes, '#'));
             Journal expected = {row.reached[0].line};
             if (s.status != kOutOfRange && std::string(s.countIs) != "throw")
                 expected.push_back(name + " 7, " + std::to_string(s.index));
@@ -111,13 +99,13 @@ TEST_F(Strings, IndexedNamesReportCountAndBoundaries) {
     table::indexIn = 1;
 }
 
-// Java system properties come from the running machine, by the no-text rule;
-// built-in status texts never ask Java.
+// Java system properties come from the running machine, by the no-text rule
+// (a property that cannot be asked for is -13); built-in status texts never
+// ask Java.
 TEST_F(Strings, JavaSystemPropertiesAndBuiltInTexts) {
     Buffer missing(64), empty(64), version(4), builtIn(64);
     EXPECT_EQ(velmora_getJavaSystemProperty("no.such.property", missing.bytes, &missing.len), 0);
-    EXPECT_EQ(missing.len, 0u);
-    EXPECT_TRUE(missing.untouched());
+    EXPECT_TRUE(missing.untouched() && missing.len == 0);
     EXPECT_EQ(velmora_getJavaSystemProperty("com.sun.management.jmxremote", empty.bytes, &empty.len), 0);
     EXPECT_EQ(empty.len, 1u);
     EXPECT_EQ(velmora_getJavaSystemProperty("java.class.version", version.bytes, &version.len), -23);
@@ -127,57 +115,10 @@ TEST_F(Strings, JavaSystemPropertiesAndBuiltInTexts) {
     EXPECT_TRUE(sdk::journal().empty());
 }
 
-// Before start-up: the built-in status texts need no Java, other codes are
-// Java's to describe, and two functions explain in 52 characters and two NULs
-// why they failed.
-TEST(BridgeTexts, BuiltInStatusTextsAndTheNotInitialisedText) {
-    const std::pair<int, const char *> builtIn[] = {
-        {0, "OK"}, {-11, "Java is not initialized"}, {-12, "Java method could not be found"},
-        {-13, "Uncaught exception thrown from Java"}, {-14, "Unable to find the constructor of Management Interface"},
-        {-15, "Unable to find the initializer of Management Interface"}, {-16, "Unable to initialize Management Interface"},
-        {-17, "Unknown error"}, {-18, "Unable to find Java"}, {-19, "Unable to find Java version"},
-        {-20, "Unable to find Java keypath"}, {-21, "Unable to find Java runtime library location"},
-        {-22, "Unable to find Java runtime library"}, {-23, "String buffer is too small."},
-        {-24, "File index is out of bounds."}, {-25, "VARIANT type is invalid, BSTR expected."},
-    };
-    for (auto [code, text] : builtIn) {
-        Buffer small(std::strlen(text)), exact(std::strlen(text) + 1);
-        EXPECT_EQ(velmora_describeStatusCode(code, small.bytes, &small.len), -23) << code;
-        EXPECT_EQ(small.len, exact.len);
-        EXPECT_TRUE(small.untouched());
-        EXPECT_EQ(velmora_describeStatusCode(code, exact.bytes, &exact.len), 0) << code;
-        EXPECT_EQ(exact.text(), text);
-    }
-    Buffer unknown(64), property(64);
-    EXPECT_EQ(velmora_describeStatusCode(-26, unknown.bytes, &unknown.len), -11);
-    EXPECT_TRUE(unknown.untouched());
-    EXPECT_EQ(velmora_getJavaSystemProperty("java.version", property.bytes, &property.len), -11);
-    EXPECT_TRUE(property.untouched());
-    for (Fetch fetch : std::initializer_list<Fetch>{[](char *b, size_t *l) { return velmora_getLastErrorMessage(b, l); },
-                                                    [](char *b, size_t *l) { return velmora_getPluginConf("p", "k", b, l); }}) {
-        Buffer tight(53), room(54);
-        EXPECT_EQ(fetch(tight.bytes, &tight.len), -11);
-        EXPECT_EQ(tight.len, 54u);
-        EXPECT_TRUE(tight.untouched());
-        EXPECT_EQ(fetch(room.bytes, &room.len), -11);
-        EXPECT_EQ(room.len, 54u);
-        EXPECT_EQ(std::string(room.bytes, 55), std::string("No Error Message available; Java is not initialized.\0\0#", 55));
-    }
-}
-
-// The calling thread's account of its last failure, by the string-result
-// rules: empty on a thread that has not failed; after -13 the Java exception
-// with a stack frame, kept through a later success and through -23 (which
-// writes nothing); after -12 the method that is missing; the library's version
-// is the header's.
-std::string lastFailure() {
-    std::size_t len = 0;
-    EXPECT_EQ(velmora_describeLastFailure(nullptr, &len), -23);
-    std::string text(len, '#');
-    EXPECT_EQ(velmora_describeLastFailure(text.data(), &len), 0);
-    EXPECT_EQ(text.size(), len);
-    return text.substr(0, len - 1);
-}
+// The calling thread's account of its last failure (the forwarding passes
+// check what it says after each -13 and -12): empty on a thread that has not
+// failed; the Java exception with its stack, kept through a later success and
+// through -23 (which writes nothing); the library's version is the header's.
 TEST_F(Bridge, TheLastFailureIsTheCallingThreadsOwn) {
     EXPECT_STREQ(velmora_libraryVersion(), VELMORA_VERSION_STRING);
     std::thread([] { EXPECT_EQ(lastFailure(), ""); }).join();
@@ -193,61 +134,35 @@ TEST_F(Bridge, TheLastFailureIsTheCallingThreadsOwn) {
     EXPECT_TRUE(tight.untouched() && tight.len == thrown.size() + 1);
     EXPECT_EQ(lastFailure(), thrown);
     std::thread([] { EXPECT_EQ(lastFailure(), ""); }).join();
-
-    const jobject object = globalClass("java/lang/Object");
-    point(cls, object);
-    EXPECT_EQ(velmora_getProjectStatus(1), -12);
-    EXPECT_NE(lastFailure().find("velmora/user/ManagementImpl.getProjectStatus (I)I"), std::string::npos);
-    point(cls, globalClass("velmora/user/ManagementImpl"));
-    threadEnv()->DeleteGlobalRef(object);
 }
 
 // String lists in every form (variadic, va_list, array) of every function
-// that takes them, the list rows of the forwarding table: each form reads
-// exactly `count` strings, in order, with null elements arriving as null
-// slots; lists that cannot be read are refused before Java.
-using Pool = const char *const *;
-const char *kWithNulls[] = {"a", nullptr, "", "d", nullptr};
-
-// The journal's rendering of pool[from, to).
-std::string render(Pool pool, int from, int to) {
-    std::string out = "[";
-    for (int i = from; i < to; ++i)
-        out += (i == from ? "" : ", ") + (pool[i] ? "\"" + std::string(pool[i]) + "\"" : "null");
-    return out + "]";
-}
-
-TEST_F(Strings, EveryFormReadsExactlyItsCountWithNullElements) {
+// that takes them, the list rows of the forwarding table, read exactly their
+// count of strings, null elements as null slots (the forwarding passes, with
+// three strings); an empty list needs no array, and lists that cannot be read
+// are refused before Java.
+TEST_F(Strings, ListsOfNoStringsAndListsThatCannotBeRead) {
     for (const table::Row &row : table::forwarders()) {
-        const std::string &line = row.reached[0].line, function = row.function;
-        if (line.find("[Ljava/lang/String;") == std::string::npos) continue;
-        const bool twoLists = line.find("], [") != std::string::npos;
-        for (Pool pool : {static_cast<Pool>(table::kPool), static_cast<Pool>(kWithNulls)}) {
-            for (int count : {0, 1, 3}) {
-                table::listCount = count;
-                table::listPool = pool;
-                Buffer b(64);
-                EXPECT_GE(row.call(b), 0) << function << " " << count;
-                const std::string lists = twoLists ? render(pool, 0, 2) + ", " + render(pool, 2, 2 + count)
-                                                   : render(pool, 0, count);
-                const std::size_t from = line.find('[', line.find(' ')), to = line.rfind(']') + 1;
-                EXPECT_EQ(sdk::journal(), Journal{line.substr(0, from) + lists + line.substr(to)});
-            }
-        }
-        // Refused before Java: a negative count, or no array for a positive count.
+        const std::string function = row.function;
+        std::string line = row.reached[0].line;
+        if (line.find(SA) == std::string::npos) continue;
+        for (const std::string list : {LIST, SECOND})
+            if (const std::size_t at = line.find(list); at != std::string::npos) line.replace(at, list.size(), "[]");
         Buffer b(64);
+        table::listCount = 0;
+        EXPECT_GE(row.call(b), 0) << function;
+        EXPECT_EQ(sdk::journal(), Journal{line});
+        // A negative count, or no array for a positive count.
         table::listCount = -1;
         EXPECT_EQ(row.call(b), VELMORA_STATUS_JAVA_EXCEPTION) << function;
         table::listCount = 3;
         table::listPool = nullptr;
-        if (function.back() == '3') {
-            EXPECT_EQ(row.call(b), VELMORA_STATUS_JAVA_EXCEPTION) << function;
-        }
+        if (function.back() == '3') { EXPECT_EQ(row.call(b), VELMORA_STATUS_JAVA_EXCEPTION) << function; }
         table::listPool = table::kPool;
         EXPECT_TRUE(sdk::journal().empty()) << function;
     }
-    // Nothing to read needs no array; a negative first count of two never
-    // moves the second list outside the caller's array.
+    // Nothing to read needs no array; a negative first count of two never moves
+    // the second list outside the caller's array.
     EXPECT_EQ(velmora_createJob3(7, 0, nullptr), 0);
     EXPECT_EQ(sdk::journal(), Journal{"createJob(I" SA ")I 7, []"});
     EXPECT_EQ(velmora_createBundle3(3, T9, -2, 3, table::kPool), VELMORA_STATUS_JAVA_EXCEPTION);
@@ -272,8 +187,9 @@ TEST_F(Strings, VaListFormsLeaveTheCallersListPastTheirStrings) {
 // Conversion of C arguments at its limits: a heap too small for them and null
 // pointers anywhere (text that is not well-formed UTF-8 has rows of the
 // forwarding table), none of which may leave an exception pending, a JNI call
-// made with one, or a reference behind (the suites run under the JVM's JNI
-// checking, which warns on each).
+// made with one, or a reference or a local frame behind (the suites run under
+// the JVM's JNI checking, which warns on the first two; the fixture checks
+// frames).
 
 // Each argument that cannot fit in the heap: -13 at once, the Java method not
 // called, nothing pending, and the next call as usual.
@@ -288,44 +204,34 @@ protected:
 TEST_F(SmallHeap, ArgumentsThatDoNotFitTheHeap) {
     const std::string kilobyte(1024, 'k'), huge(48 << 20, 't');
     std::vector<const char *> list(40000, kilobyte.c_str());  // 40 MB of strings
-    const int count = static_cast<int>(list.size());
     const std::pair<const char *, std::function<int()>> cases[] = {
-        {"management list", [&] { return velmora_createJob3(1, count, list.data()); }},
-        {"peach list", [&] { return velmora_peach_addJobFile3(handle, count, list.data()); }},
-        {"management text", [&] { return velmora_setLogLevel(huge.c_str()); }},
-        {"peach text", [&] { return velmora_peach_setName(handle, huge.c_str()); }},
+        {"list", [&] { return velmora_createJob3(1, 40000, list.data()); }},
+        {"text", [&] { return velmora_peach_setName(handle, huge.c_str()); }},
     };
     for (const auto &[what, call] : cases) {
         EXPECT_EQ(call(), VELMORA_STATUS_JAVA_EXCEPTION) << what;
         EXPECT_FALSE(threadEnv()->ExceptionCheck()) << what;
-        EXPECT_EQ(sdk::journal(), Journal{}) << what;
         EXPECT_EQ(velmora_ready(1), 0) << what;
         EXPECT_EQ(sdk::journal(), Journal{"ready(I)I 1"}) << what;
     }
 }
 
-// However many calls a host thread makes with null pointers wherever the
-// interface takes one, it holds no reference afterwards (the JVM warns once a
+// However many calls a host thread makes with null pointers where the
+// interface takes one (null buffers of string results and null texts have
+// rows in the tables), it holds no reference afterwards (the JVM warns once a
 // thread holds more than 32).
 TEST_F(PeachBridge, NullPointersLeaveNoReference) {
     sdk::script("getResultFileCount", {"3"});
-    sdk::script("getResultFileName", {"name"});
-    const char *nulls[] = {nullptr, nullptr};
     std::thread([&] {
         for (int i = 0; i < 40; ++i) {
             int index = 0;
             size_t len = 2;
             EXPECT_EQ(velmora_getPlugin("plugin", nullptr), 0);
-            EXPECT_EQ(velmora_getTempDir(nullptr, nullptr), -23);
-            EXPECT_EQ(velmora_getLastErrorMessage(nullptr, nullptr), -23);
             EXPECT_EQ(velmora_getResultFiles(1, nullptr, nullptr, nullptr), -24);  // no index: out of range
             EXPECT_EQ(velmora_getResultFiles(1, nullptr, nullptr, &len), -24);
             EXPECT_EQ(len, 1u);
             EXPECT_EQ(velmora_getResultFiles(1, &index, nullptr, &len), -23);
             EXPECT_EQ(velmora_describeStatusCode(-5, nullptr, nullptr), -23);
-            EXPECT_EQ(velmora_setLogLevel(nullptr), 0);
-            EXPECT_EQ(velmora_createJob3(1, 2, nulls), 0);
-            EXPECT_EQ(velmora_createJob3(1, 0, nullptr), 0);
             EXPECT_EQ(velmora_peach_setName(handle, nullptr), 0);
             EXPECT_EQ(velmora_getJavaSystemProperty("java.version", nullptr, nullptr), -23);
         }

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <sstream>
 
 #include "velmora.h"
 
@@ -47,12 +48,9 @@ struct Scenario {
 
     // The calling thread's account of its last failure.
     std::string failure() const {
-        size_t len = 0;
-        VELMORA_FN(*this, velmora_describeLastFailure)(nullptr, &len);
-        std::string text(len, '\0');
-        VELMORA_FN(*this, velmora_describeLastFailure)(text.data(), &len);
-        text.resize(len ? len - 1 : 0);
-        return text;
+        char buf[8192];
+        size_t len = sizeof buf;
+        return VELMORA_FN(*this, velmora_describeLastFailure)(buf, &len) ? "<failed>" : buf;
     }
 
     std::string property(const char *name) const {
@@ -68,8 +66,8 @@ struct Scenario {
 // A scenario: its SDK, VelmoraDLL.conf, JAVA_HOME and PATH ("@" is the
 // scenario's directory, where the runner lays out bin/java, a link to the JDK's
 // launcher; fake/, a JDK whose launcher and runtime library are a library that
-// lacks an entry point; fifo/, with FIFOs where runtime libraries are looked
-// for), then what is expected: a text start-up prints on standard output;
+// lacks an entry point; fifo/libjvm.so, a FIFO; the locator's own choices
+// among layouts have unit tests), then what is expected: a text start-up prints on standard output;
 // whether the host creates its own machine first (with only the library's class
 // path) and whether the runtime library stays loaded; the results of
 // velmora_initJava (on a thread that ends before the rest) with the pieces
@@ -102,17 +100,13 @@ const Case kCases[] = {
      .loaded = false, .startup = kNoRuntime},
     {.name = "RuntimeWithoutAnEntryPoint", .config = "JVM64PATH=" VELMORA_TEST_FAKE_JVM "\n",
      .printed = "JNI_GetCreatedJavaVMs", .startup = kNoRuntime},
-    {.name = "ConfiguredFifo", .config = "JVMPATH=@/fifo/lib/server/libjvm.so\n",
-     .printed = "@/fifo/lib/server/libjvm.so", .loaded = false, .startup = kNoRuntime},
+    {.name = "ConfiguredFifo", .config = "JVMPATH=@/fifo/libjvm.so\n", .printed = "@/fifo/libjvm.so", .loaded = false,
+     .startup = kNoRuntime},
     {.name = "NoRuntimeAnywhere", .javaHome = "/nonexistent", .path = "/nonexistent", .printed = "libjvm.so",
      .loaded = false, .startup = kNoRuntime},
-    // The first JVM64PATH line wins over JVMPATH lines before and after it; CRLF line ends.
-    {.name = "CrLfConfiguration", .config = "JVMPATH=/a\r\nJVM64PATH=" JDK "/lib/server/libjvm.so\r\nJVMPATH=/c\r\n",
-     .javaHome = "/nonexistent", .path = "/nonexistent"},
     {.name = "LauncherLinkOnPath", .javaHome = "/nonexistent"},
     // JAVA_HOME is tried before PATH, whose JDK here cannot start anything.
     {.name = "JavaHomeBeforePath", .path = "@/fake/bin"},
-    {.name = "FifosUnderJavaHomePassedBy", .javaHome = "@/fifo"},
     // The library joins the host's machine, whose options stay the host's.
     {.name = "HostMachine", .host = true},
     // Without a PeachWrapper class no wrapper is kept, a retry fails the same
@@ -128,15 +122,11 @@ const Case kCases[] = {
     // Without NativeFunctionCaller a registration is refused and the callback
     // an earlier registration left is kept.
     {.name = "MissingHandlerClass", .sdk = SDK("handler-missing"), .then = [](const Scenario &s) {
-         const int handle = VELMORA_FN(s, velmora_peach_handle)();
-         const velmora_intermediate_callback kept = [](const char *) {}, other = [](const char *) { std::abort(); };
-         // as an earlier registration would have left it
+         const velmora_intermediate_callback kept = [](const char *) {};  // as an earlier registration left it
          auto &callback = *s.symbol<velmora_intermediate_callback>("velmora_peach_intermediate_callback_fun") = kept;
-         for (velmora_intermediate_callback wanted : {other, velmora_intermediate_callback{}}) {
-             EXPECT_EQ(VELMORA_FN(s, velmora_peach_setIntermediateResultHandler)(handle, wanted), kNoMethod);
-             EXPECT_EQ(callback, kept);
-         }
-         EXPECT_EQ(VELMORA_FN(s, velmora_peach_done)(handle), 0);
+         const int handle = VELMORA_FN(s, velmora_peach_handle)();
+         EXPECT_EQ(VELMORA_FN(s, velmora_peach_setIntermediateResultHandler)(handle, nullptr), kNoMethod);
+         EXPECT_EQ(callback, kept);
      }},
 };
 
@@ -147,12 +137,10 @@ TEST_P(Startup, ReachesItsState) {
     const Case &c = GetParam();
     alarm(60);  // a hang ends the process
     Scenario s(c.sdk, c.config);
-    for (const char *sub : {"bin", "fake/bin", "fake/lib/server", "fifo/jre/lib/amd64/server", "fifo/lib/server"})
-        fs::create_directories(s.dir / sub);
+    for (const char *sub : {"bin", "fake/bin", "fake/lib/server", "fifo"}) fs::create_directories(s.dir / sub);
     fs::create_symlink(JDK "/bin/java", s.dir / "bin/java");
     for (auto f : {"fake/bin/java", "fake/lib/server/libjvm.so"}) fs::copy_file(VELMORA_TEST_FAKE_JVM, s.dir / f);
-    for (const char *fifo : {"fifo/jre/lib/amd64/server/libjvm.so", "fifo/lib/server/libjvm.so"})
-        ASSERT_EQ(mkfifo((s.dir / fifo).c_str(), 0600), 0);
+    ASSERT_EQ(mkfifo((s.dir / "fifo/libjvm.so").c_str(), 0600), 0);
     setenv("JAVA_HOME", s.at(c.javaHome).c_str(), 1);
     setenv("PATH", s.at(c.path).c_str(), 1);
     // A system default runtime would be found.
@@ -176,11 +164,9 @@ TEST_P(Startup, ReachesItsState) {
                                         return std::make_pair(status, s.failure());
                                     }).get();
     EXPECT_EQ(started, c.startup);
-    for (std::string_view pieces = c.failure; !pieces.empty();) {
-        const std::string_view piece = pieces.substr(0, pieces.find('|'));
-        EXPECT_NE(failure.find(s.at(std::string(piece))), std::string::npos) << failure;
-        pieces.remove_prefix(std::min(pieces.size(), piece.size() + 1));
-    }
+    std::istringstream pieces(c.failure);
+    for (std::string piece; std::getline(pieces, piece, '|');)
+        EXPECT_NE(failure.find(s.at(piece)), std::string::npos) << failure;
     EXPECT_EQ(VELMORA_FN(s, velmora_init)(), c.init);
     EXPECT_EQ(VELMORA_FN(s, velmora_initFile)("f"), c.again);
     EXPECT_EQ(VELMORA_FN(s, velmora_initWithoutFile)("a", "b", "c", "d", 1, "f", "g", 2, 3, "j", "k"), c.again);

@@ -34,7 +34,9 @@ const Members kDouble = {
       {"getPeachWrapper()Lvelmora/user/PeachWrapper;", "new PeachWrapper()"}}},
     {PW, {{"get()I", ""}, {"execute(I)I", "Sdk.progress(a0);"}}},
 };
-const std::tuple<std::string, std::vector<std::string>, Members> kVariants[] = {
+// A variant: the double without the classes `without`, with `own` replacing or adding to them.
+struct Variant { std::string name; std::vector<std::string> without; Members own; };
+const Variant kVariants[] = {
     {"missing-class", {MI, PW}, {{"velmora.ManagementImpl", {{"<init>()V", ""}, {"initFile()I", ""}}}}},
     {"no-constructor", {PW}, {{MI, {{"<init>(I)V", ""}}}}},
     {"no-initializer", {PW}, {{MI, {{"<init>()V", ""}}}}},

@@ -43,12 +43,10 @@ struct Frame {
         jclass cls = env->FindClass("velmora/testing/Sdk");
         jmethodID id = cls ? env->GetStaticMethodID(cls, name, signature) : nullptr;
         const Result result = id ? (env->*invoke)(cls, id, args...) : Result{};
-        if (env->ExceptionCheck() || !id) {
-            env->ExceptionDescribe();
-            env->ExceptionClear();
-            throw std::runtime_error(std::string("sdk control: Sdk.") + name + " failed");
-        }
-        return result;
+        if (!env->ExceptionCheck() && id) return result;
+        env->ExceptionDescribe();
+        env->ExceptionClear();
+        throw std::runtime_error(std::string("sdk control: Sdk.") + name + " failed");
     }
 };
 
@@ -60,14 +58,12 @@ inline void reset() { Frame().call(&JNIEnv::CallStaticIntMethod, "reset", "()I")
 // String or object result), or the value to return. No outcomes removes the
 // script. "<init>" scripts the constructors ("throw" only), which journal
 // themselves as "<init>()V".
-inline void script(const std::string &key, std::vector<std::string> outcomes) {
+inline void script(const std::string &key, const std::vector<std::string> &outcomes) {
     Frame f;
-    jclass string = f.env->FindClass("java/lang/String");
-    jobjectArray array = f.env->NewObjectArray(static_cast<jsize>(outcomes.size()), string, nullptr);
+    jobjectArray array = f.env->NewObjectArray(static_cast<jsize>(outcomes.size()), f.env->FindClass("java/lang/String"), nullptr);
     for (std::size_t i = 0; i < outcomes.size(); ++i)
         f.env->SetObjectArrayElement(array, static_cast<jsize>(i), f.string(outcomes[i].c_str()));
-    f.call(&JNIEnv::CallStaticIntMethod, "script", "(Ljava/lang/String;[Ljava/lang/String;)I", f.string(key.c_str()),
-           array);
+    f.call(&JNIEnv::CallStaticIntMethod, "script", "(Ljava/lang/String;[Ljava/lang/String;)I", f.string(key.c_str()), array);
 }
 
 // Calls recorded since the last reset or read, oldest first; clears them.

@@ -2,10 +2,12 @@
 // must reach with their arguments (journal lines of the SDK double, written
 // here by hand in Java's terms), the outcome scripted for each, the C result
 // and the text delivered into the buffer. Peach rows use the peach handle 5.
-// The unload rows come last: they drop the peach wrapper. The SDK double is
+// The unload rows drop the peach wrapper. The SDK double is
 // generated from the Java side of this table (tests/sdk/generate.cpp), so a
 // row whose overload the library does not call fails as -12 in every pass.
 #pragma once
+
+#include <string.h>
 
 #include <algorithm>
 #include <cstdarg>
@@ -28,7 +30,7 @@ struct Buffer {
     bool noBytes, noLength;
     char *out() { return noBytes ? nullptr : bytes; }
     std::size_t *size() { return noLength ? nullptr : &len; }
-    std::string text() const { return bytes; }
+    std::string text() const { return std::string(bytes, strnlen(bytes, sizeof bytes)); }
     bool untouched() const { return bytes[0] == '#'; }
 };
 
@@ -62,11 +64,12 @@ inline int withVaList(const std::function<int(va_list)> &call, int anchor, ...) 
 inline int indexIn = 1, indexOut;
 inline int *index() { return &(indexOut = indexIn); }
 
-inline const char *kPool[] = {"p0", "p1", "p2", "p3", "p4"};
 // The strings every list row (every row of a String[] overload) passes:
-// listCount of listPool (after the first list of two, which is always 2).
-// The rows' lines expect 2 of kPool.
-inline int listCount = 2;
+// listCount of listPool, after the first list of two rows that take two
+// (always 2). The rows' lines expect 3 of kPool, a null and an empty string
+// among them: LIST, or FIRST and SECOND.
+inline const char *kPool[] = {"a", nullptr, "", "d", nullptr};
+inline int listCount = 3;
 inline const char *const *listPool = kPool;
 
 #define S "Ljava/lang/String;"
@@ -78,84 +81,65 @@ inline const char *const *listPool = kPool;
 #define VA(expression) withVaList([](va_list ap) { return expression; }, 0, POOL)
 #define OUT b.out(), b.size()
 #define ARRAY const_cast<const char **>(listPool)
-#define P2 "[\"p0\", \"p1\"]"
-#define P3 "[\"p2\", \"p3\"]"
+#define LIST "[\"a\", null, \"\"]"
+#define FIRST "[\"a\", null]"
+#define SECOND "[\"\", \"d\", null]"
 
 inline std::vector<Row> forwarders() {
-    const std::string bundle = "createBundle(I" S S S S S S S S S SA SA ")I 3, " Q9 ", " P2 ", " P3;
-    const std::string sealed = "createSignedBundle(I" S S S S S S S S S S SA SA S ")I 3, " Q9 ", \"t10\", " P2
-                               ", " P3 ", \"t11\"";
-    const std::string project = "createProject(II" S SA ")I 7, 8, \"t\", " P2;
+    const std::string bundle = "createBundle(I" S S S S S S S S S SA SA ")I 3, " Q9 ", " FIRST ", " SECOND;
+    const std::string sealed = "createSignedBundle(I" S S S S S S S S S S SA SA S ")I 3, " Q9 ", \"t10\", " FIRST
+                               ", " SECOND ", \"t11\"";
+    const std::string project = "createProject(II" S SA ")I 7, 8, \"t\", " LIST;
     const std::string handler = "setIntermediateResultHandler(ILvelmora/user/IntermediateResultHandler;)V 5, "
                                 "NativeFunctionCaller";
     return {
-        {"open", CALL(velmora_open()), {{"open()I", "2147483647"}}, 2147483647},
-        {"ready", CALL(velmora_ready(-3)), {{"ready(I)I -3", "-7"}}, -7},
-
-
-        {"setLogLevel", CALL(velmora_setLogLevel("debug")), {{"setLogLevel(" S ")I \"debug\"", "3"}}, 3},
+// A row that passes `args` and returns `value` (as Java returned it), true (1), or a text.
+#define ROW(name, args, line, value) {#name, CALL(velmora_##name args), {{line, #value}}, value}
+#define YES(name, args, line) {#name, CALL(velmora_##name args), {{line, "true"}}, 1}
+#define TXT(name, args, line, text, noText) {#name, CALL(velmora_##name args), {{line, text}}, 0, text, noText}
+        ROW(open, (), "open()I", 2147483647), ROW(ready, (-3), "ready(I)I -3", -7),
+        ROW(setLogLevel, ("debug"), "setLogLevel(" S ")I \"debug\"", 3),
         {"setLogLevel(null)", CALL(velmora_setLogLevel(nullptr)), {{"setLogLevel(" S ")I null", "3"}}, 3},
-        {"setLogLevel(\"\")", CALL(velmora_setLogLevel("")), {{"setLogLevel(" S ")I \"\"", "3"}}, 3},
-        // Standard UTF-8 outside the BMP arrives whole, as a surrogate pair.
-        {"setLogLevel(U+1F600)", CALL(velmora_setLogLevel("a\xF0\x9F\x98\x80z")), {{"setLogLevel(" S ")I \"a\xED\xA0\xBD\xED\xB8\x80z\"", "3"}}, 3},
-        // Text reaches Java as its characters; each maximal ill-formed subsequence as one U+FFFD.
+        // Text reaches Java as its characters: modified UTF-8 as it is, standard UTF-8 outside the BMP as a
+        // surrogate pair, each maximal ill-formed subsequence (an overlong form too) as one U+FFFD.
 #define TEXT(what, c, java) {"setLogLevel(" what ")", CALL(velmora_setLogLevel(c)), {{"setLogLevel(" S ")I \"" java "\"", "3"}}, 3}
 #define FFFD "\xEF\xBF\xBD"
-        TEXT("ASCII", "plain text, long enough for whole words", "plain text, long enough for whole words"),
-        TEXT("2 and 3 bytes", "\xC3\xA9\xE2\x82\xAC", "\xC3\xA9\xE2\x82\xAC"),
-        TEXT("largest code point", "\xF4\x8F\xBF\xBF", "\xED\xAF\xBF\xED\xBF\xBF"),
-        TEXT("modified UTF-8 pair", "\xED\xA0\xBD\xED\xB8\x80", "\xED\xA0\xBD\xED\xB8\x80"),
-        TEXT("modified UTF-8 NUL", "a\xC0\x80z", "a\xC0\x80z"),
-        TEXT("overlong 4 bytes", "\xF0\x80\x80\x80!", FFFD FFFD FFFD FFFD "!"),
-        TEXT("beyond U+10FFFF", "\xF4\x90\x80\x80", FFFD FFFD FFFD FFFD),
-        TEXT("truncated 4 bytes", "\xF0\x9F\x98z", FFFD "z"),
-        TEXT("truncated at the end", "x\xE2\x82", "x" FFFD),
-        TEXT("lone continuation, invalid bytes", "\x80\xC1\xBF\xFF", FFFD FFFD FFFD FFFD),
-        TEXT("overlong 2 bytes", "\xC0\xAF", FFFD FFFD),
-        {"actionWait", CALL(velmora_actionWait(int64_t{1} << 40)), {{"actionWait(J)Z 1099511627776", "true"}}, 1},
-        {"actionWait(-1)", CALL(velmora_actionWait(-1)), {{"actionWait(J)Z -1", "false"}}, 0},
-
-        {"getLastErrorMessage", CALL(velmora_getLastErrorMessage(OUT)), {{"getLastErrorMessage()" S, "bad"}}, 0, "bad"},
-        {"getUserLogin", CALL(velmora_getUserLogin(OUT)), {{"getUserLogin()" S, "me"}}, 0, "me"},
-        {"getTempDir", CALL(velmora_getTempDir(OUT)), {{"getTempDir()" S, "/t"}}, 0, "/t"},
-        {"getPluginConf", CALL(velmora_getPluginConf("p", "k", OUT)), {{"getPluginConf(" S S ")" S " \"p\", \"k\"", "v"}}, 0, "v"},
-        {"describeStatusCode", CALL(velmora_describeStatusCode(-5, OUT)), {{"describeStatusCode(I)" S " -5", "remote failure"}}, 0, "remote failure"},
-
-
-
-
-
-
-
-
-        {"uploadBundleWithName", CALL(velmora_uploadBundleWithName(4, "b")), {{"uploadBundle(I" S ")I 4, \"b\"", "44"}}, 44},
-
-        {"bundleExists", CALL(velmora_bundleExists("b")), {{"bundleExists(" S ")Z \"b\"", "true"}}, 1},
-        {"bundleVersionExists", CALL(velmora_bundleVersionExists("b", "v")), {{"bundleVersionExists(" S S ")Z \"b\", \"v\"", "true"}}, 1},
-        {"bundleWithPrefixExists", CALL(velmora_bundleWithPrefixExists("b", "p")), {{"bundleExists(" S S ")Z \"b\", \"p\"", "true"}}, 1},
-        {"useBundleWithPrefix", CALL(velmora_useBundleWithPrefix(4, "b", "p")), {{"useBundle(I" S S ")I 4, \"b\", \"p\"", "47"}}, 47},
-
-        {"setBundleId", CALL(velmora_setBundleId(4, 9)), {{"setBundleId(II)I 4, 9", "49"}}, 49},
-        {"signJar", CALL(velmora_signJar("j", "k")), {{"signJar(" S S ")I \"j\", \"k\"", "50"}}, 50},
-
-
-
-
-        {"createEmptyProject", CALL(velmora_createEmptyProject(7, 8, "t")), {{"createProject(II" S ")I 7, 8, \"t\"", "52"}}, 52},
+        TEXT("well formed", "whole words first: \xC3\xA9\xE2\x82\xAC a\xF0\x9F\x98\x80 \xF4\x8F\xBF\xBF \xED\xA0\xBD\xED\xB8\x80 a\xC0\x80z",
+             "whole words first: \xC3\xA9\xE2\x82\xAC a\xED\xA0\xBD\xED\xB8\x80 \xED\xAF\xBF\xED\xBF\xBF \xED\xA0\xBD\xED\xB8\x80 a\xC0\x80z"),
+        TEXT("overlong", "\xC0\xAF|\xE0\x80\xAF|\xF0\x80\x80\xAF", FFFD FFFD "|" FFFD FFFD FFFD "|" FFFD FFFD FFFD FFFD),
+        // Beyond U+10FFFF, cut short, stray and invalid bytes, cut at the end.
+        TEXT("ill formed", "\xF4\x90\x80\x80|\xF0\x9F\x98z|\x80\xC1\xBF\xFF|x\xE2\x82",
+             FFFD FFFD FFFD FFFD "|" FFFD "z|" FFFD FFFD FFFD FFFD "|x" FFFD),
+        YES(actionWait, (int64_t{1} << 40), "actionWait(J)Z 1099511627776"),
+        TXT(getLastErrorMessage, (OUT), "getLastErrorMessage()" S, "bad", false),
+        TXT(getUserLogin, (OUT), "getUserLogin()" S, "me", false), TXT(getTempDir, (OUT), "getTempDir()" S, "/t", false),
+        TXT(getPluginConf, ("p", "k", OUT), "getPluginConf(" S S ")" S " \"p\", \"k\"", "v", false),
+        ROW(getPlugin, ("p", nullptr), "getPlugin(" S ")Lvelmora/user/VelmoraManagerPlugin; \"p\"", 0),
+        TXT(describeStatusCode, (-5, OUT), "describeStatusCode(I)" S " -5", "remote failure", false),
+        ROW(uploadBundleWithName, (4, "b"), "uploadBundle(I" S ")I 4, \"b\"", 44),
+        YES(bundleExists, ("b"), "bundleExists(" S ")Z \"b\""),
+        YES(bundleVersionExists, ("b", "v"), "bundleVersionExists(" S S ")Z \"b\", \"v\""),
+        YES(bundleWithPrefixExists, ("b", "p"), "bundleExists(" S S ")Z \"b\", \"p\""),
+        ROW(useBundleWithPrefix, (4, "b", "p"), "useBundle(I" S S ")I 4, \"b\", \"p\"", 47),
+        ROW(setBundleId, (4, 9), "setBundleId(II)I 4, 9", 49), ROW(signJar, ("j", "k"), "signJar(" S S ")I \"j\", \"k\"", 50),
+        ROW(createEmptyProject, (7, 8, "t"), "createProject(II" S ")I 7, 8, \"t\"", 52),
 // The three forms of a string-list function: variadic, va_list, array.
 #define FORMS(stem, line, value, ...)                                                                           \
     {#stem, CALL(velmora_##stem(__VA_OPT__(__VA_ARGS__, ) listCount, POOL)), {{line, #value}}, value},                \
         {#stem "2", CALL(VA(velmora_##stem##2(__VA_OPT__(__VA_ARGS__, ) listCount, ap))), {{line, #value}}, value}, \
         {#stem "3", CALL(velmora_##stem##3(__VA_OPT__(__VA_ARGS__, ) listCount, ARRAY)), {{line, #value}}, value}
-#define LIST_STEM(stem, value) FORMS(stem, #stem "(I" SA ")I 7, " P2, value, 7)
+#define LIST_STEM(stem, value) FORMS(stem, #stem "(I" SA ")I 7, " LIST, value, 7)
         LIST_STEM(setProjectParams, 53), LIST_STEM(createProjectJobs, 54), LIST_STEM(createJob, 55),
         LIST_STEM(createCachedJob, 56), FORMS(createBundle, bundle, 41, 3, T9, 2),
         FORMS(createSignedBundle, sealed, 42, 3, T9, "t10", "t11", 2), FORMS(createProject, project, 51, 7, 8, "t"),
-        FORMS(peach, "peach(" SA ")I " P2, 90),
+        FORMS(peach, "peach(" SA ")I " LIST, 90),
 #define INT_ROW(name, value) {#name, CALL(velmora_##name(7)), {{#name "(I)I 7", #value}}, value}
 #define BOOL_ROW(name, value) {#name, CALL(velmora_##name(7)), {{#name "(I)Z 7", #value}}, value}
 #define DIR_ROW(name, value) {#name, CALL(velmora_##name(7, "d")), {{#name "(I" S ")I 7, \"d\"", #value}}, value}
 #define TEXT_ROW(name, text, noText) {#name, CALL(velmora_##name(7, OUT)), {{#name "(I)" S " 7", text}}, 0, text, noText}
+// An indexed name: the count method, then the name at position 1.
+#define WALK(name, count, n, each, text) \
+    {#name, CALL(velmora_##name(7, index(), OUT)), {{count "(I)I 7", #n}, {each "(II)" S " 7, 1", text}}, 0, text}
         INT_ROW(flushCachedJobs, 60), INT_ROW(markAllJobsCreated, 61), INT_ROW(addUserClientsToProject, 62),
         INT_ROW(startProject, 63), INT_ROW(stopProject, 64), INT_ROW(removeProject, 65), INT_ROW(waitCompletion, 66),
         INT_ROW(waitCompletionBG, 67), INT_ROW(getProjectId, 68), INT_ROW(getProjectStatus, 69),
@@ -165,29 +149,19 @@ inline std::vector<Row> forwarders() {
         TEXT_ROW(getLastCreatedBundleName, "last.bundle", true), DIR_ROW(setDownloadDir, 82), DIR_ROW(setUnzipDir, 83),
         DIR_ROW(useBundle, 46), BOOL_ROW(isCompleted, true), BOOL_ROW(isFailed, false), INT_ROW(close, 1), INT_ROW(getLastError, 2), INT_ROW(stopWaitingBG, 5),
         INT_ROW(uploadBundle, 43), INT_ROW(approveUploadedBundles, 45), INT_ROW(getBundleId, 48),
-        {"cleanup", CALL(velmora_cleanup(7, 8)), {{"cleanup(II)I 7, 8", "71"}}, 71},
-        {"setProjectId", CALL(velmora_setProjectId(7, 8)), {{"setProjectId(II)I 7, 8", "72"}}, 72},
-        {"sendJobPostParameter", CALL(velmora_sendJobPostParameter(7, INT64_MIN, "t")), {{"sendJobPostParameter(IJ" S ")I 7, -9223372036854775808, \"t\"", "73"}}, 73},
-        {"isJobCompleted", CALL(velmora_isJobCompleted(7, (int64_t{1} << 32) + 5)), {{"isJobCompleted(IJ)Z 7, 4294967301", "true"}}, 1},
-        {"getProjectParamValue", CALL(velmora_getProjectParamValue(7, "k", OUT)), {{"getProjectParamValue(I" S ")" S " 7, \"k\"", "value"}}, 0, "value"},
-        {"getProjectParamName", CALL(velmora_getProjectParamName(7, index(), OUT)), {{"getProjectParamCount(I)I 7", "3"}, {"getProjectParamName(II)" S " 7, 1", "param"}}, 0, "param"},
-
-        INT_ROW(downloadResult, 80),
-        {"downloadPartialResult", CALL(velmora_downloadPartialResult(7)), {{"downloadResult(IZ)I 7, true", "81"}}, 81},
-        INT_ROW(unzip, 84),
-        {"unzipFile", CALL(velmora_unzipFile("a", "b", "c")), {{"unzipFile(" S S S ")I \"a\", \"b\", \"c\"", "85"}}, 85},
-        {"setStreamResults", CALL(velmora_setStreamResults(7, 0)), {{"setStreamResults(IZ)I 7, false", "86"}}, 86},
-        INT_ROW(getStreamedResultFilesCount, 87),
-        {"getResultFiles", CALL(velmora_getResultFiles(7, index(), OUT)), {{"getResultFileCount(I)I 7", "2"}, {"getResultFileName(II)" S " 7, 1", "f1"}}, 0, "f1"},
-        {"getStreamedResultFiles", CALL(velmora_getStreamedResultFiles(7, index(), OUT)), {{"getStreamedResultFilesCount(I)I 7", "3"}, {"getStreamedResultFileName(II)" S " 7, 1", "s1"}}, 0, "s1"},
-        {"getUsedCpuTime", CALL(velmora_getUsedCpuTime(7)), {{"getUsedCpuTime(I)J 7", "-4294967296"}}, -4294967296LL},
-        {"getUsedTime", CALL(velmora_getUsedTime(7)), {{"getUsedTime(I)J 7", "9223372036854775807"}}, INT64_MAX},
-        {"getProjectStatistic", CALL(velmora_getProjectStatistic(7, "n", OUT)), {{"getProjectStatistic(I" S ")" S " 7, \"n\"", "stat"}}, 0, "stat"},
-        {"printStatistics", CALL(velmora_printStatistics(7)), {{"printStatistics(I)V 7", ""}}, 0},
-
-
-
-        {"peachDone", CALL(velmora_peachDone(7)), {{"peachDone(I)V 7", ""}}, 0},
+        ROW(cleanup, (7, 8), "cleanup(II)I 7, 8", 71), ROW(setProjectId, (7, 8), "setProjectId(II)I 7, 8", 72),
+        ROW(sendJobPostParameter, (7, INT64_MIN, "t"), "sendJobPostParameter(IJ" S ")I 7, -9223372036854775808, \"t\"", 73),
+        YES(isJobCompleted, (7, (int64_t{1} << 32) + 5), "isJobCompleted(IJ)Z 7, 4294967301"),
+        TXT(getProjectParamValue, (7, "k", OUT), "getProjectParamValue(I" S ")" S " 7, \"k\"", "value", false),
+        WALK(getProjectParamName, "getProjectParamCount", 3, "getProjectParamName", "param"),
+        WALK(getResultFiles, "getResultFileCount", 2, "getResultFileName", "f1"),
+        WALK(getStreamedResultFiles, "getStreamedResultFilesCount", 3, "getStreamedResultFileName", "s1"),
+        INT_ROW(downloadResult, 80), ROW(downloadPartialResult, (7), "downloadResult(IZ)I 7, true", 81), INT_ROW(unzip, 84),
+        ROW(unzipFile, ("a", "b", "c"), "unzipFile(" S S S ")I \"a\", \"b\", \"c\"", 85),
+        ROW(setStreamResults, (7, 0), "setStreamResults(IZ)I 7, false", 86), INT_ROW(getStreamedResultFilesCount, 87),
+        ROW(getUsedCpuTime, (7), "getUsedCpuTime(I)J 7", -4294967296), ROW(getUsedTime, (7), "getUsedTime(I)J 7", 9223372036854775807),
+        TXT(getProjectStatistic, (7, "n", OUT), "getProjectStatistic(I" S ")" S " 7, \"n\"", "stat", false),
+        ROW(printStatistics, (7), "printStatistics(I)V 7", 0), ROW(peachDone, (7), "peachDone(I)V 7", 0),
 
 // Peach setters named as their Java method, taking one text, two texts, a flag or an int.
 #define P_TEXT(name, a) {"peach_" #name, CALL(velmora_peach_##name(5, a)), {{#name "(I" S ")V 5, \"" a "\"", ""}}, 0}
@@ -213,31 +187,24 @@ inline std::vector<Row> forwarders() {
         P_FLAG(setDataSkipDigest, false), P_FLAG(setJobSkipDigest, true), P_FLAG(setParamSkipDigest, false),
         P_FLAG(setParamCopy, true), P_INT(setProjectId, -4), P_INT(setJobs, 12), P_INT(postProcessed, 4),
         P_RESULT(getProjectHandle, -42), P_RESULT(getProjectId, 91), P_RESULT(execute, -3),
-        PEACH(setPriorityI, (5, 3), "setPriority(II)V 5, 3"), P_FORMS(setJobFileNames, "(I" SA ")V 5, " P2, 5),
-        P_FORMS(addJobFile, "(I" SA ")V 5, " P2, 5), P_FORMS(addJobFileWithDir, "(I" S SA ")V 5, \"dir\", " P2, 5, "dir"),
-        {"peach_sourcesChanged", CALL(velmora_peach_sourcesChanged(5)), {{"sourcesChanged(I)Z 5", "true"}}, 1},
+        PEACH(setPriorityI, (5, 3), "setPriority(II)V 5, 3"), P_FORMS(setJobFileNames, "(I" SA ")V 5, " LIST, 5),
+        P_FORMS(addJobFile, "(I" SA ")V 5, " LIST, 5), P_FORMS(addJobFileWithDir, "(I" S SA ")V 5, \"dir\", " LIST, 5, "dir"),
+        YES(peach_sourcesChanged, (5), "sourcesChanged(I)Z 5"),
         PEACH(addExeFile, (5, "a", "b", "c", "d"), "addExeFile(I" S S S S ")V 5, \"a\", \"b\", \"c\", \"d\""),
-        PEACH(newDataBundle, (5), "newDataBundle(I)V 5"),
+        PEACH(newDataBundle, (5), "newDataBundle(I)V 5"), PEACH(done, (5), "done(I)V 5"),
         PEACH(newDataBundleWithName, (5, "set1"), "newDataBundle(I" S ")V 5, \"set1\""),
-
-
-
-
-
-
         PEACH(addParamFileWithTarget, (5, "p.txt", "cfg"), "addParamFile(I" S S ")V 5, \"p.txt\", \"cfg\""),
-        {"peach_nextFile", CALL(velmora_peach_nextFile(5, OUT)), {{"nextFile(I)" S " 5", "f.out"}}, 0, "f.out", true},
-        PEACH(done, (5), "done(I)V 5"),
-        {"peach_getLastErrorMessage", CALL(velmora_peach_getLastErrorMessage(5, OUT)), {{"getLastErrorMessage(I)" S " 5", "boom"}}, 0, "boom", true},
-        {"peach_setIntermediateResultHandler", CALL(velmora_peach_setIntermediateResultHandler(5, nullptr)), {{handler, ""}}, 0},
-        {"peach_handle", CALL(velmora_peach_handle()), {{"get()I", "5"}}, 5},
-
-        {"unload(0)", CALL(velmora_unload(0)), {{"unload(Z)I false", "95"}}, 95},
-        {"unload", CALL(velmora_unload(2)), {{"unload(Z)I true", "92"}}, 92},
-        {"unload2", CALL(velmora_unload2(1, 0)), {{"unload(ZZ)I true, false", "93"}}, 93},
-        {"unload3", CALL(velmora_unload3(0, 255)), {{"unload3(ZZ)I false, true", "94"}}, 94},
+        TXT(peach_nextFile, (5, OUT), "nextFile(I)" S " 5", "f.out", true),
+        TXT(peach_getLastErrorMessage, (5, OUT), "getLastErrorMessage(I)" S " 5", "boom", true),
+        ROW(peach_setIntermediateResultHandler, (5, [](const char *) {}), handler, 0), ROW(peach_handle, (), "get()I", 5),
+        ROW(unload, (2), "unload(Z)I true", 92), ROW(unload2, (1, 0), "unload(ZZ)I true, false", 93),
+        ROW(unload3, (0, 255), "unload3(ZZ)I false, true", 94),
     };
 #undef PEACH
+#undef ROW
+#undef YES
+#undef TXT
+#undef WALK
 #undef P_TEXT
 #undef P_TEXTS
 #undef P_FLAG
