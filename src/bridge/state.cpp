@@ -22,6 +22,7 @@ static_assert(std::atomic_ref<velmora_intermediate_callback>::is_always_lock_fre
 static_assert(std::atomic_ref<void *>::is_always_lock_free);
 
 MethodSlot resolvedMethods[calls::kRowCount];
+std::atomic<bool> forkedFromMachine{false};  // set in a forked child when the parent had a machine
 
 void dropResolvedMethods() {
     for (MethodSlot &slot : resolvedMethods) slot.drop();
@@ -31,8 +32,6 @@ namespace {
 
 jclass stringClassRef = nullptr;
 
-// Set in a forked child when the parent had a machine; read on every call.
-std::atomic<bool> forkedFromMachine{false};
 void markForkedChild() {
     if (vm()) forkedFromMachine.store(true, std::memory_order_relaxed);
 }
@@ -50,8 +49,6 @@ void replaceGlobal(void *&slot, JNIEnv *jenv, jobject localOrNull) {
 }
 
 }  // namespace
-
-bool inForkedChild() { return forkedFromMachine.load(std::memory_order_relaxed); }
 
 void keepRuntimeLibrary(void *handle) { store(::jvmlibHandle, handle); }
 

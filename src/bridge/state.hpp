@@ -28,8 +28,10 @@ inline jobject peachWrapper() { return detail::load<jobject>(::pwobj); }
 
 // Whether this process is a child forked from one whose machine had started:
 // fork copied the machine's memory but none of its threads, so the copy must
-// never be touched (its first collection would wait for ever).
-bool inForkedChild();
+// never be touched (its first collection would wait for ever). Read on every
+// call, so inline.
+extern std::atomic<bool> forkedFromMachine;
+inline bool inForkedChild() { return forkedFromMachine.load(std::memory_order_relaxed); }
 
 // The guard of every management call: management object, class and a
 // started runtime, tested in this order.
