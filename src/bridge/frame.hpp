@@ -24,9 +24,7 @@
 
 #include <array>
 #include <cstdint>
-#include <optional>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 

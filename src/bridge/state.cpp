@@ -86,7 +86,7 @@ jclass stringClass() { return stringClassRef; }
 
 void tearDownMachine(TearDown order) {
     JavaVM *machine = vm();
-    if (order == TearDown::DetachFirst) detachCurrentThread(machine);
+    if (order == TearDown::DetachFirst) machine->DetachCurrentThread();
     machine->DestroyJavaVM();
     detachWhenThreadEnds(nullptr);  // nothing is left to detach from
     store(::env, nullptr);
@@ -141,11 +141,6 @@ JNIEnv *attachThread(JavaVM *machine, Attach kind) {
 JNIEnv *attachCurrentThread() {
     JavaVM *machine = vm();
     return machine ? attachThread(machine, Attach::Daemon) : nullptr;
-}
-
-void detachCurrentThread(JavaVM *machine) {
-    machine->DetachCurrentThread();
-    detachWhenThreadEnds(nullptr);
 }
 
 }  // namespace velmora::state

@@ -157,7 +157,4 @@ JNIEnv *attachCurrentThread();
 // created it), be detached when it ends; null cancels that.
 void detachWhenThreadEnds(JavaVM *machine);
 
-// Detaches the calling thread now.
-void detachCurrentThread(JavaVM *machine);
-
 }  // namespace velmora::state
