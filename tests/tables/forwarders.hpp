@@ -60,9 +60,10 @@ inline int withVaList(const std::function<int(va_list)> &call, int anchor, ...) 
 }
 
 // The in/out index of the indexed-name rows: each call passes indexIn
-// (their lines expect 1) in the slot indexOut.
+// (their lines expect 1) in the slot indexOut, or no slot for kNoIndex.
+inline constexpr int kNoIndex = INT32_MIN;
 inline int indexIn = 1, indexOut;
-inline int *index() { return &(indexOut = indexIn); }
+inline int *index() { return (indexOut = indexIn) == kNoIndex ? nullptr : &indexOut; }
 
 // The strings every list row (every row of a String[] overload) passes:
 // listCount of listPool, after the first list of two rows that take two
