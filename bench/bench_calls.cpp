@@ -126,7 +126,7 @@ struct Raw {
         stringClass = global("java/lang/String");
         sdk = global("velmora/testing/Sdk");
         caller = global("velmora/user/NativeFunctionCaller");
-        fire = e->GetStaticMethodID(sdk, "fire", "(Ljava/lang/String;II)I");
+        fire = e->GetStaticMethodID(sdk, "fire", "(Ljava/lang/String;)I");
         jstring text = e->NewStringUTF(kText64);
         fireText = static_cast<jstring>(e->NewGlobalRef(text));
         e->DeleteLocalRef(text);
@@ -203,7 +203,7 @@ struct Raw {
         return thrown() ? -13 : copy(s, buf, len);
     }
     // Delivers once on the calling thread.
-    void fireOnce() { use(e->CallStaticIntMethod(sdk, fire, fireText, 0, 0)); }
+    void fireOnce() { use(e->CallStaticIntMethod(sdk, fire, fireText)); }
     // Binds NativeFunctionCaller.func to `native`.
     void bind(void *native) {
         JNINativeMethod m{const_cast<char *>("func"), const_cast<char *>("(Ljava/lang/String;)V"), native};

@@ -112,8 +112,8 @@ TEST_F(CppPeach, EachKindOfFailureHasItsOwnException) {
 
 TEST_F(CppPeach, HandlersAreAnyCallableFedFromJavaThreads) {
     velmora::Peach peach(handle);
-    // A std::function replaced by copies of itself while Java threads
-    // deliver: each text reaches one handler, none is freed while it runs.
+    // A std::function replaced by copies of itself while a Java thread
+    // delivers: each text reaches one handler, none is freed while it runs.
     auto counted = std::make_shared<std::atomic<int>>(0);
     std::function<void(std::string_view)> counting = [counted](std::string_view text) {
         std::this_thread::sleep_for(std::chrono::microseconds(50));  // still running when replaced
@@ -121,7 +121,10 @@ TEST_F(CppPeach, HandlersAreAnyCallableFedFromJavaThreads) {
     };
     std::atomic<int> delivered{-1};
     peach.setIntermediateResultHandler(counting);
-    std::thread java([&] { delivered = sdk::fire("c", 4, 25); });
+    std::thread java([&] {
+        for (int run = 0; run < 30; ++run) peach.execute();
+        delivered = 30 * 3;
+    });
     for (int replaced = 0; delivered < 0 || replaced < 10; ++replaced) peach.setIntermediateResultHandler(counting);
     java.join();
 

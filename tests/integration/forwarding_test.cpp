@@ -117,7 +117,7 @@ TEST(ForwardingBeforeStartup, EveryFunctionIs11) {
 // Methods are resolved once per class reference (the missing-method pass
 // above points the references at another class and back): nothing resolved
 // survives the references the library lets go, and calls racing a change of
-// reference reach the method or find it missing.
+// reference reach the method or find it missing (the concurrency test).
 
 // An unload deletes the wrapper's references; a reference made afterwards may
 // reuse the deleted one's value for another class (as HotSpot's next global
@@ -131,31 +131,59 @@ TEST_F(PeachBridge, NothingResolvedOutlivesAnUnload) {
     EXPECT_EQ(velmora_peach_setJobs(handle, 1), VELMORA_STATUS_METHOD_NOT_FOUND);
 }
 
-// Host threads call while another points the class reference back and forth
-// between the class (under two references) and one without the method: every
-// call either reaches the method or finds it missing.
-TEST_F(Bridge, ConcurrencyCallsRacingAClassChange) {
-    sdk::script("ready", {"7"});
+// Short-lived host threads make calls of several shapes at once while
+// another runs peach executions (whose results a Java thread delivers) and a
+// third points the class reference back and forth between the class (under
+// two references) and one without the methods: every call reaches its method,
+// with its own result, or finds it missing; every result is delivered; the
+// ended threads leave no Java thread behind.
+TEST_F(PeachBridge, ConcurrencyCallsRacingAClassChangeAndDeliveries) {
+    sdk::script("ready", {"17"});
+    sdk::script("getUserLogin", {"b\xC3\xA9ta"});
+    sdk::script("createJob", {"42"});
+    static std::atomic<int> delivered{0};
+    ASSERT_EQ(velmora_peach_setIntermediateResultHandler(handle, [](const char *) { ++delivered; }), 0);
     void *const targets[] = {globalClass("java/lang/Object"), globalClass("velmora/user/ManagementImpl"), cls};
+    const int javaThreads = sdk::javaThreads();
+    sdk::journal();
     std::atomic<bool> stop{false};
-    std::atomic<int> unexpected{0}, reached{0};
+    std::atomic<int> wrong{0}, missing{0};
+    std::thread runs([&] {
+        for (int i = 0; i < 50; ++i) wrong += velmora_peach_execute(handle) != 0;
+    });
+    std::thread flips([&] {
+        for (int i = 0; !stop; ++i, std::this_thread::yield()) point(cls, targets[i % 3]);
+        point(cls, targets[2]);
+    });
     std::vector<std::thread> hosts;
-    for (int t = 0; t < 3; ++t) {
+    for (int slot = 0; slot < 4; ++slot) {
         hosts.emplace_back([&] {
-            while (!stop.load()) {
-                const int result = velmora_ready(1);
-                reached += result == 7;
-                unexpected += result != 7 && result != VELMORA_STATUS_METHOD_NOT_FOUND;
+            for (int i = 0; i < 25; ++i) {
+                std::thread([&] {
+                    const char *list[] = {"alpha", nullptr, "\xE2\x82\xAC"};
+                    char login[8];
+                    std::size_t len = sizeof login;
+                    const int results[] = {velmora_ready(1), velmora_createJob3(1, 3, list),
+                                           velmora_getUserLogin(login, &len)},
+                              expected[] = {17, 42, 0};
+                    for (int k = 0; k < 3; ++k) {
+                        missing += results[k] == VELMORA_STATUS_METHOD_NOT_FOUND;
+                        wrong += results[k] != expected[k] && results[k] != VELMORA_STATUS_METHOD_NOT_FOUND;
+                    }
+                    wrong += results[2] == 0 && std::string(login) != "b\xC3\xA9ta";
+                }).join();
             }
         });
     }
-    for (int i = 0; i < 600 || reached.load() < 100; ++i) {
-        point(cls, targets[i % 3]);
-        std::this_thread::yield();
-    }
+    for (std::thread &host : hosts) host.join();
+    runs.join();
     stop = true;
-    for (std::thread &h : hosts) h.join();
-    EXPECT_EQ(unexpected.load(), 0);
+    flips.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_TRUE(missing > 0 && missing < 300) << missing;  // both outcomes happened
+    EXPECT_EQ(delivered, 50 * 3);
+    EXPECT_EQ(sdk::journal().size(), 300u - missing + 50);
+    EXPECT_LE(sdk::javaThreads(), javaThreads);
 }
 
 }  // namespace

@@ -156,9 +156,9 @@ TEST_F(PeachResults, NullCallbacksAndNullTextsAreDroppedAndAnUnloadKeepsTheCallb
 }
 
 // Threads that end: every thread the library attached is detached when it
-// ends, whichever call attached it (forwarded calls: the concurrency test
-// below; the thread that started Java: the start-up scenarios, which destroy
-// the machine after it ended), so short-lived host threads leave no Java
+// ends, whichever call attached it (forwarded calls: the concurrency test of
+// the forwarding suite; the thread that started Java: the start-up scenarios,
+// which destroy the machine after it ended), so short-lived host threads leave no Java
 // thread behind. Threads that the host attached itself stay attached: they
 // are the host's business.
 TEST(ThreadExit, EveryThreadTheLibraryAttachedIsDetachedWhenItEnds) {
@@ -178,42 +178,6 @@ TEST(ThreadExit, EveryThreadTheLibraryAttachedIsDetachedWhenItEnds) {
         }
         EXPECT_EQ(sdk::javaThreads() > before, what == std::string("attached by the host")) << what << ": 100 threads ended";
     }
-}
-
-// Host threads that live for a few calls each make calls of every shape at
-// once while Java threads deliver intermediate results: every call has its own
-// result and reaches Java once, every delivery arrives, and the ended threads
-// leave no Java thread behind.
-std::atomic<int> delivered{0};
-TEST_F(PeachBridge, ConcurrencyShortLivedThreadsMixCallsWhileJavaThreadsDeliver) {
-    sdk::script("ready", {"17"});
-    sdk::script("getUserLogin", {"b\xC3\xA9ta"});
-    sdk::script("createJob", {"42"});
-    ASSERT_EQ(velmora_peach_setIntermediateResultHandler(handle, [](const char *text) { delivered += *text == 'r'; }), 0);
-    const int javaThreads = sdk::javaThreads();
-    sdk::journal();
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> hosts;
-    for (int slot = 0; slot < 4; ++slot) {
-        hosts.emplace_back([&] {
-            for (int i = 0; i < 25; ++i) {
-                std::thread([&] {
-                    const char *list[] = {"alpha", nullptr, "\xE2\x82\xAC"};
-                    char login[8];
-                    std::size_t len = sizeof login;
-                    wrong += velmora_ready(1) != 17 || velmora_createJob3(1, 3, list) != 42 ||
-                             velmora_getUserLogin(login, &len) != 0 || std::string(login) != "b\xC3\xA9ta" ||
-                             velmora_peach_setJobs(handle, 1) != 0;
-                }).join();
-            }
-        });
-    }
-    const int fired = sdk::fire("r", 2, 200);
-    for (std::thread &host : hosts) host.join();
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(delivered, fired);
-    EXPECT_EQ(sdk::journal().size(), 4u * 25 * 4);
-    EXPECT_LE(sdk::javaThreads(), javaThreads);
 }
 
 }  // namespace

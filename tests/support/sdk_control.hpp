@@ -81,13 +81,12 @@ inline Journal journal() {
 // Live Java threads of the library's JVM, attached native threads included.
 inline int javaThreads() { return Frame().call(&JNIEnv::CallStaticIntMethod, "threads", "()I"); }
 
-// Delivers intermediate results to the handler the library registered: with
-// no threads, `text` (which may be null) once on the calling thread; else
-// perThread results from each of `threads` new Java threads, texts text +
-// thread + ":" + index. Returns how many were delivered.
-inline int fire(const char *text, int threads = 0, int perThread = 0) {
+// Delivers `text` (which may be null) to the handler the library registered,
+// on the calling thread. (Deliveries from Java threads of their own: the
+// double's peach execute, three per run.)
+inline void fire(const char *text) {
     Frame f;
-    return f.call(&JNIEnv::CallStaticIntMethod, "fire", "(Ljava/lang/String;II)I", f.string(text), threads, perThread);
+    f.call(&JNIEnv::CallStaticIntMethod, "fire", "(Ljava/lang/String;)I", f.string(text));
 }
 
 }  // namespace sdk

@@ -2,7 +2,6 @@ package velmora.testing;
 
 import java.lang.management.ManagementFactory;
 import java.util.*;
-import java.util.concurrent.atomic.AtomicInteger;
 import java.util.stream.Collectors;
 import velmora.user.IntermediateResultHandler;
 
@@ -62,23 +61,10 @@ public final class Sdk {
         return ManagementFactory.getThreadMXBean().getThreadCount();
     }
 
-    /** Delivers text on the calling thread; perThread texts from each of `threads` new threads when threads > 0. */
-    public static int fire(String text, int threads, int perThread) throws InterruptedException {
-        if (threads == 0) {
-            handler.func(text);
-            return 1;
-        }
-        AtomicInteger delivered = new AtomicInteger();
-        Thread[] workers = new Thread[threads];
-        for (int t = 0; t < threads; t++) {
-            String prefix = text + t + ":";
-            workers[t] = new Thread(() -> {
-                for (int i = 0; i < perThread; i++, delivered.incrementAndGet()) handler.func(prefix + i);
-            });
-            workers[t].start();
-        }
-        for (Thread worker : workers) worker.join();
-        return delivered.get();
+    /** Delivers text to the registered handler on the calling thread. */
+    public static int fire(String text) {
+        handler.func(text);
+        return 1;
     }
 
     /**
