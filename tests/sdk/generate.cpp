@@ -71,8 +71,8 @@ std::string method(const std::string &cls, const std::string &key, const std::st
         {"int", "i("}, {"long", "j("}, {"boolean", "z("}, {"String", "s("}, {"void", "v("}};
     const bool object = !recorders.count(type);
     const std::string recorder = object ? "o(" + natural + ", " : recorders.at(type);
-    return "public " + type + " " + name + "(" + params + ") { " + (object || natural.empty() ? "" : natural + " ") +
-           (type == "void" ? "" : "return ") + "Sdk." + recorder +
+    return "public " + type + " " + name + "(" + params + ") throws Exception { " +
+           (object || natural.empty() ? "" : natural + " ") + (type == "void" ? "" : "return ") + "Sdk." + recorder +
            "\"" + key + "\"" + args + "); }\n";
 }
 

@@ -71,18 +71,14 @@ public final class Sdk {
      * The double's peach run (PeachWrapper.execute): three intermediate results
      * for `peach` from a Java thread of its own, delivered before execute returns.
      */
-    public static void progress(int peach) {
+    public static void progress(int peach) throws InterruptedException {
         IntermediateResultHandler target = handler;
         if (QUIET || target == null) return;
         Thread run = new Thread(() -> {
             for (int step = 1; step <= 3; step++) target.func("peach " + peach + ": step " + step + " of 3");
         }, "velmora-peach-" + peach);
         run.start();
-        try {
-            run.join();
-        } catch (InterruptedException e) {
-            Thread.currentThread().interrupt();
-        }
+        run.join();
     }
 
     // ---- recorders of the generated methods ----------------------------
@@ -115,7 +111,8 @@ public final class Sdk {
         return "null".equals(record(key, args, null)) ? null : natural;
     }
 
-    private static synchronized String outcome(String key) {
+    private static synchronized String outcome(String key, String entry) {
+        entries.add(entry);
         List<String> script = scripts.getOrDefault(key, scripts.get(key.substring(0, key.indexOf('('))));
         return script == null ? null : script.size() > 1 ? script.remove(0) : script.get(0);
     }
@@ -124,10 +121,7 @@ public final class Sdk {
         if (QUIET) return unscripted;
         StringBuilder entry = new StringBuilder(key);
         for (int k = 0; k < args.length; k++) entry.append(k == 0 ? " " : ", ").append(render(args[k]));
-        synchronized (Sdk.class) {
-            entries.add(entry.toString());
-        }
-        String outcome = outcome(key);
+        String outcome = outcome(key, entry.toString());
         if ("throw".equals(outcome)) throw new RuntimeException("scripted failure in " + key.substring(0, key.indexOf('(')));
         return outcome == null ? unscripted : outcome;
     }
