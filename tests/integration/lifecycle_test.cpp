@@ -157,8 +157,9 @@ TEST_F(PeachResults, NullCallbacksAndNullTextsAreDroppedAndAnUnloadKeepsTheCallb
 
 // Threads that end: every thread the library attached is detached when it
 // ends, whichever call attached it (forwarded calls: the concurrency test of
-// the forwarding suite; the thread that started Java: the start-up scenarios,
-// which destroy the machine after it ended), so short-lived host threads leave no Java
+// the forwarding suite; the thread that started Java: the
+// start-up scenarios, which destroy the machine after it ended), so
+// short-lived host threads leave no Java
 // thread behind. Threads that the host attached itself stay attached: they
 // are the host's business.
 TEST(ThreadExit, EveryThreadTheLibraryAttachedIsDetachedWhenItEnds) {
