@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <utility>
 
 namespace fs = std::filesystem;
 using namespace velmora::runtime;
@@ -37,23 +38,23 @@ protected:
         for (const char* name : {"JAVA_HOME", "PATH"}) ::unsetenv(name);
         fs::current_path(t_);
         ::alarm(20);  // a search that blocks or goes round for ever ends the process; each test re-arms it
-        // Java homes: o, whose launcher o/jdk/bin/java has a library two directories up as well, also
-        // reached through the link bin/java; home, with odd files (a FIFO, a directory, a link to an
-        // endless device) at every layout but the last; jdkA and jdkB, JDKs of the current layout
-        // reached through links. b/x/y/java is a launcher without a library, d/java a directory,
-        // g/java a dangling link, loop/java a link that goes round; the configuration files beside
-        // fifo/, dir/ and zero/ are odd.
+        // Java homes: o, with the first two classic layouts, whose launcher o/jdk/bin/java has a library
+        // two directories up as well and is reached through bin/java and through java, a link text of
+        // 4095 bytes; home, with odd files (a FIFO, a directory, a link to an endless device) at every
+        // layout but the last; jdkA and jdkB, JDKs of the current layout reached through a/java and
+        // b/java. bin/o/jdk/bin/java and b/x/y/java are launchers without a library, d/java is a
+        // directory, g/java a dangling link, loop/java a link that goes round. The configuration files
+        // beside fifo/, dir/ and zero/ are odd.
         for (const auto& f : Strings{"o/jdk/bin/java", "o" + kSrv, "o" + kJreCli, "o/jdk" + kSrv, "bin/o/jdk/bin/java",
-                              "home/jre/bin/java", "home" + kJreCli + "/f", "home" + kLibCli, "jdkA/bin/java",
-                              "jdkB/bin/java", "b/x/y/java", "d/java/f", "loop/java2", "dir/VelmoraDLL.conf/f"})
+                                     "home/jre/bin/java", "home" + kJreCli + "/f", "home" + kLibCli, "jdkA/bin/java",
+                                     "jdkB/bin/java", "b/x/y/java", "d/java/f", "loop/java2", "dir/VelmoraDLL.conf/f"})
             std::ofstream{made(f)};
         for (const auto& [link, text] : std::map<std::string, std::string>{
                  {"bin/java", "o/jdk/bin/java"}, {"java", kPad + "jdk/bin/java"}, {"home" + kLibSrv, "/dev/zero"},
                  {"a/java", t_ + "/jdkA/bin/java"}, {"b/java", "../jdkB/bin/java"}, {"g/java", "gone"},
                  {"loop/java", "java2"}, {"java2", "loop/java"}, {"zero/VelmoraDLL.conf", "/dev/zero"}})
             fs::create_symlink(text, made(link));
-        for (const auto& fifo : {"home" + kSrv, "fifo/VelmoraDLL.conf"s})
-            ASSERT_EQ(::mkfifo(made(fifo).c_str(), 0600), 0);
+        for (const auto& f : {"home" + kSrv, "fifo/VelmoraDLL.conf"s}) ASSERT_EQ(::mkfifo(made(f).c_str(), 0600), 0);
     }
     void TearDown() override {
         fs::current_path(cwd_);
@@ -63,8 +64,13 @@ protected:
     std::string t_ = fs::canonical(::mkdtemp(std::string("/tmp/locator_test.XXXXXX").data()));
 };
 
-// What VelmoraDLL.conf beside the library file names, and where it is looked for.
+// What VelmoraDLL.conf beside the library file names, where it is looked for, and what is never read.
 TEST_F(LocatorTest, ConfigurationFile) {
+    // `trace` keeps what the search traces, a line per step; `empty`, a trace without a target, is the
+    // same as none.
+    std::string steps;
+    const Trace empty, trace = [&](auto, auto detail) { steps.append(detail) += '\n'; };
+    // The runtime path each content names; "libjvm.so" when none.
     const struct { std::string content, chosen; } lines[] = {
         // The first JVM64PATH wins and ends the reading; runs of '=', '\n' and '\r' delimit, spaces
         // belong to the value.
@@ -76,7 +82,6 @@ TEST_F(LocatorTest, ConfigurationFile) {
         // A later JVMPATH replaces an earlier one; only the first MiB is read.
         {"JVMPATH=/a\nJVMPATH=/early\n" + std::string(1 << 20, 'x') + "\nJVMPATH=/late\n", "/early"},
     };
-    const Trace empty;  // a trace without a target is the same as none
     for (const auto& [content, chosen] : lines) {
         std::ofstream("VelmoraDLL.conf") << content;
         EXPECT_EQ(locate(t_ + "/v.so", &empty).candidates[0].path, chosen) << content.substr(0, 60);
@@ -90,59 +95,54 @@ TEST_F(LocatorTest, ConfigurationFile) {
     };
     for (const auto& [file, dir, config] : places)
         EXPECT_EQ((Strings{locate(file).libraryDir, locate(file).configPath}), (Strings{dir, config})) << file.size();
+
+    // A configuration file that is a FIFO, a directory or an endless device counts as absent, and
+    // never blocks. A bare name is the loader's to search, whatever the working directory holds.
+    for (const std::string odd : {"fifo", "dir", "zero"}) {
+        locate(odd + "/v.so", &trace);
+        EXPECT_THAT(steps, ::testing::HasSubstr(odd + "/VelmoraDLL.conf: not a regular file"));
+        EXPECT_TRUE(namesIrregularFile(odd + "/VelmoraDLL.conf")) << odd;
+    }
+    for (const auto& name : {"home" + kLibCli, "home"s, "none/x"s}) EXPECT_FALSE(namesIrregularFile(name)) << name;
 }
 
-// The PATH search leaves in the buffer the runtime library found, else the last path tried or, when
-// no entry could be tried, what it held before.
-TEST_F(LocatorTest, PathSearch) {
+TEST_F(LocatorTest, JavaHomeAndPath) {
+    // The PATH search returns 0 with the runtime library found in the buffer, else -1 with the last
+    // path tried there or, when no entry could be tried, the buffer untouched.
     const std::string untouched(kPathBuffer - 1, '#');
-    const struct { std::string path; int rc; std::string out; } cases[] = {
+    const struct { std::string path; int rc; std::string out; } searches[] = {
         // Only empty entries and one of 4096 bytes with "/java"; then a directory, a dangling link, a
         // launcher without a library and odd libraries are passed over.
         {":::" + kPad + "/jdk/bin", -1, untouched}, {"d:g:b/x/y::home/jre/bin", 0, "home" + kLibCli},
-        // A relative link text is read from the working directory, not from the link's own directory;
-        // links that go round are given up; an entry, and a link text, of 4095 bytes with "/java".
+        // The home is three directories above the launcher, never two; a relative link text is read
+        // from the working directory, not from the link's own directory; links that go round are
+        // given up; an entry of 4095 bytes with "/java"; a link text of 4095 bytes.
         {"bin", 0, "o" + kSrv}, {"loop", -1, "loop/java"}, {kPad + "jdk/bin", 0, "o" + kSrv}, {".", 0, "o" + kSrv},
     };
-    for (const auto& [path, rc, out] : cases) {
+    for (const auto& [path, rc, out] : searches) {
         ::setenv("PATH", path.c_str(), 1);
-        std::string buffer = untouched + '\0';
-        EXPECT_EQ(findJavaInPath(buffer.data()), rc) << "PATH " << path;
-        EXPECT_EQ(buffer.c_str(), out) << "PATH " << path;
+        std::string held = untouched + '\0';
+        EXPECT_EQ((std::pair{findJavaInPath(held.data()), std::string(held.c_str())}), (std::pair{rc, out})) << path;
     }
     EXPECT_EQ(findJavaInPath(nullptr), -1);  // with the last row's PATH, which leads to a launcher
-}
 
-// What start-up tries, in order: the library under JAVA_HOME, else under the home of the java on
-// PATH; after the bare name, where current JDKs keep it, each once, then the system's default runtime.
-TEST_F(LocatorTest, Candidates) {
-    // Slashes pad "fits" to the limit with the first layout without changing where it points.
+    // What start-up tries, in order: the library under JAVA_HOME, else under the home of the java on
+    // PATH, else the bare name followed by where current JDKs keep the library, each once, and the
+    // system's default runtime. Slashes pad "fits" to the limit with the first layout without changing
+    // where it points; one more is too long.
     const std::string fits = "o" + std::string(4095 - kSrv.size() - 1, '/');
     const std::string tail = "/lib/server/libjvm.so", a = t_ + "/jdkA" + tail, b = t_ + "/jdkB" + tail,
-                      fallback = "/usr/lib/jvm/default-java" + tail, path = ":a:none:d:b:jdkA/bin";
-    const struct { std::string home, path; Strings candidates; } cases[] = {
-        // JAVA_HOME leads, though its JDK comes later on PATH; an empty one is none, and so is an
-        // empty PATH.
-        {t_ + "/jdkB/", path, {"libjvm.so", b, a, fallback}}, {"", path, {"libjvm.so", a, b, fallback}},
+                      fallback = "/usr/lib/jvm/default-java" + tail, entries = ":a:none:d:b:jdkA/bin";
+    const struct { std::string home, path; Strings candidates; } choices[] = {
+        // Among the current layouts JAVA_HOME leads, though its JDK comes later on PATH; an empty one
+        // is none, and so is an empty PATH. JAVA_HOME comes before PATH, odd files in it passed over.
+        {t_ + "/jdkB/", entries, {"libjvm.so", b, a, fallback}}, {"", entries, {"libjvm.so", a, b, fallback}},
         {"", "", {"libjvm.so", fallback}}, {"home", "o/jdk/bin", {"home" + kLibCli}}, {fits, "", {fits + kSrv}},
         {fits + "/", "", {"libjvm.so", fits + tail, fallback}},
     };
-    for (const auto& [home, path, candidates] : cases) {
+    for (const auto& [home, path, candidates] : choices) {
         ::setenv("JAVA_HOME", home.c_str(), 1);
         ::setenv("PATH", path.c_str(), 1);
         EXPECT_TRUE(std::ranges::equal(locate("").candidates, candidates, {}, &Location::Candidate::path)) << home;
     }
-}
-
-// A configuration file that is a FIFO, a directory or an endless device counts as absent; so does
-// such a library (above); a bare name is the loader's to search, whatever the working directory holds.
-TEST_F(LocatorTest, IrregularFiles) {
-    for (const std::string odd : {"fifo", "dir", "zero"}) {
-        std::string steps;
-        const Trace trace = [&](auto, auto detail) { steps.append(detail) += '\n'; };
-        locate(odd + "/v.so", &trace);
-        EXPECT_THAT(steps, ::testing::HasSubstr("VelmoraDLL.conf: not a regular file")) << odd;
-        EXPECT_TRUE(namesIrregularFile(odd + "/VelmoraDLL.conf")) << odd;
-    }
-    for (const auto& name : {"home" + kLibCli, "home"s, "none/x"s}) EXPECT_FALSE(namesIrregularFile(name)) << name;
 }
