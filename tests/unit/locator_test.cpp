@@ -43,18 +43,19 @@ protected:
         // 4095 bytes; home, with odd files (a FIFO, a directory, a link to an endless device) at every
         // layout but the last; jdkA and jdkB, JDKs of the current layout reached through a/java and
         // b/java. bin/o/jdk/bin/java and b/x/y/java are launchers without a library, d/java is a
-        // directory, g/java a dangling link, loop/java a link that goes round. The configuration files
+        // FIFO, g/java a dangling link, loop/java a link that goes round. The configuration files
         // beside fifo/, dir/ and zero/ are odd.
         for (const auto& f : Strings{"o/jdk/bin/java", "o" + kSrv, "o" + kJreCli, "o/jdk" + kSrv, "bin/o/jdk/bin/java",
                                      "home/jre/bin/java", "home" + kJreCli + "/f", "home" + kLibCli, "jdkA/bin/java",
-                                     "jdkB/bin/java", "b/x/y/java", "d/java/f", "loop/java2", "dir/VelmoraDLL.conf/f"})
+                                     "jdkB/bin/java", "b/x/y/java", "loop/java2", "dir/VelmoraDLL.conf/f"})
             std::ofstream{made(f)};
         for (const auto& [link, text] : std::map<std::string, std::string>{
                  {"bin/java", "o/jdk/bin/java"}, {"java", kPad + "jdk/bin/java"}, {"home" + kLibSrv, "/dev/zero"},
                  {"a/java", t_ + "/jdkA/bin/java"}, {"b/java", "../jdkB/bin/java"}, {"g/java", "gone"},
                  {"loop/java", "java2"}, {"java2", "loop/java"}, {"zero/VelmoraDLL.conf", "/dev/zero"}})
             fs::create_symlink(text, made(link));
-        for (const auto& f : {"home" + kSrv, "fifo/VelmoraDLL.conf"s}) ASSERT_EQ(::mkfifo(made(f).c_str(), 0600), 0);
+        for (const auto& f : {"home" + kSrv, "d/java"s, "fifo/VelmoraDLL.conf"s})
+            ASSERT_EQ(::mkfifo(made(f).c_str(), 0600), 0);
     }
     void TearDown() override {
         fs::current_path(cwd_);
@@ -87,10 +88,11 @@ TEST_F(LocatorTest, ConfigurationFile) {
         EXPECT_EQ(locate(t_ + "/v.so", &empty).candidates[0].path, chosen) << content.substr(0, 60);
     }
 
-    // "fit" is the longest directory whose configuration path fits, "big" a directory one byte too long.
+    // "fit" is the longest directory whose configuration path fits; "big" a directory one byte too
+    // long, and without its first byte the longest one that is kept.
     const std::string fit = "/" + std::string(4078, 'd'), big = fit + std::string(17, 'd');
     const struct { std::string file, dir, config; } places[] = {
-        {"lib/v.so", "lib", "lib/VelmoraDLL.conf"}, {"/v.so", "", "/VelmoraDLL.conf"}, {"v.so", "", ""},
+        {big.substr(1) + "/v.so", big.substr(1), ""}, {"/v.so", "", "/VelmoraDLL.conf"}, {"v.so", "", ""},
         {fit + "/v.so", fit, fit + "/VelmoraDLL.conf"}, {fit + "d/v.so", fit + "d", ""}, {big + "/v.so", "", ""},
     };
     for (const auto& [file, dir, config] : places)
@@ -106,13 +108,15 @@ TEST_F(LocatorTest, ConfigurationFile) {
     for (const auto& name : {"home" + kLibCli, "home"s, "none/x"s}) EXPECT_FALSE(namesIrregularFile(name)) << name;
 }
 
+// The search through JAVA_HOME and PATH.
 TEST_F(LocatorTest, JavaHomeAndPath) {
     // The PATH search returns 0 with the runtime library found in the buffer, else -1 with the last
-    // path tried there or, when no entry could be tried, the buffer untouched.
-    const std::string untouched(kPathBuffer - 1, '#');
+    // path tried there or, when no entry could be tried, the buffer untouched. "fits" is a JAVA_HOME
+    // padded with slashes to the limit with the first layout, without changing where it points.
+    const std::string untouched(kPathBuffer - 1, '#'), fits = "o" + std::string(4095 - kSrv.size() - 1, '/');
     const struct { std::string path; int rc; std::string out; } searches[] = {
-        // Only empty entries and one of 4096 bytes with "/java"; then a directory, a dangling link, a
-        // launcher without a library and odd libraries are passed over.
+        // Only empty entries and one of 4096 bytes with "/java"; then a FIFO, a dangling link, a
+        // launcher without a library and odd libraries are passed over, and nothing blocks.
         {":::" + kPad + "/jdk/bin", -1, untouched}, {"d:g:b/x/y::home/jre/bin", 0, "home" + kLibCli},
         // The home is three directories above the launcher, never two; a relative link text is read
         // from the working directory, not from the link's own directory; links that go round are
@@ -128,14 +132,14 @@ TEST_F(LocatorTest, JavaHomeAndPath) {
 
     // What start-up tries, in order: the library under JAVA_HOME, else under the home of the java on
     // PATH, else the bare name followed by where current JDKs keep the library, each once, and the
-    // system's default runtime. Slashes pad "fits" to the limit with the first layout without changing
-    // where it points; one more is too long.
-    const std::string fits = "o" + std::string(4095 - kSrv.size() - 1, '/');
+    // system's default runtime.
     const std::string tail = "/lib/server/libjvm.so", a = t_ + "/jdkA" + tail, b = t_ + "/jdkB" + tail,
                       fallback = "/usr/lib/jvm/default-java" + tail, entries = ":a:none:d:b:jdkA/bin";
     const struct { std::string home, path; Strings candidates; } choices[] = {
         // Among the current layouts JAVA_HOME leads, though its JDK comes later on PATH; an empty one
-        // is none, and so is an empty PATH. JAVA_HOME comes before PATH, odd files in it passed over.
+        // is none, and so is an empty PATH. JAVA_HOME comes before PATH, odd files in it passed over,
+        // and fits up to the limit, one byte more being too long. Any other choice than the bare name
+        // stands alone.
         {t_ + "/jdkB/", entries, {"libjvm.so", b, a, fallback}}, {"", entries, {"libjvm.so", a, b, fallback}},
         {"", "", {"libjvm.so", fallback}}, {"home", "o/jdk/bin", {"home" + kLibCli}}, {fits, "", {fits + kSrv}},
         {fits + "/", "", {"libjvm.so", fits + tail, fallback}},
