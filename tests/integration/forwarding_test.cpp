@@ -131,14 +131,13 @@ TEST_F(PeachBridge, NothingResolvedOutlivesAnUnload) {
     EXPECT_EQ(velmora_peach_setJobs(handle, 1), VELMORA_STATUS_METHOD_NOT_FOUND);
 }
 
-// Short-lived host threads make calls of several shapes at once while
+// Short-lived host threads make calls (a list among them) at once while
 // another points the class reference back and forth between
 // the class (under two references) and one without the methods: every call
 // reaches its method, with its own result, or finds it missing, and the ended
 // threads leave no Java thread behind.
 TEST_F(Bridge, ConcurrencyCallsRacingAClassChange) {
     sdk::script("ready", {"17"});
-    sdk::script("getUserLogin", {"b\xC3\xA9ta"});
     sdk::script("createJob", {"42"});
     void *const targets[] = {globalClass("java/lang/Object"), globalClass("velmora/user/ManagementImpl"), cls};
     const int javaThreads = sdk::javaThreads();
@@ -154,16 +153,11 @@ TEST_F(Bridge, ConcurrencyCallsRacingAClassChange) {
             for (int i = 0; i < 25; ++i) {
                 std::thread([&] {
                     const char *list[] = {"alpha", nullptr, "\xE2\x82\xAC"};
-                    char login[8];
-                    std::size_t len = sizeof login;
-                    const int results[] = {velmora_ready(1), velmora_createJob3(1, 3, list),
-                                           velmora_getUserLogin(login, &len)},
-                              expected[] = {17, 42, 0};
-                    for (int k = 0; k < 3; ++k) {
+                    const int results[] = {velmora_ready(1), velmora_createJob3(1, 3, list)}, expected[] = {17, 42};
+                    for (int k = 0; k < 2; ++k) {
                         missing += results[k] == VELMORA_STATUS_METHOD_NOT_FOUND;
                         wrong += results[k] != expected[k] && results[k] != VELMORA_STATUS_METHOD_NOT_FOUND;
                     }
-                    wrong += results[2] == 0 && std::string(login) != "b\xC3\xA9ta";
                 }).join();
             }
         });
@@ -172,8 +166,8 @@ TEST_F(Bridge, ConcurrencyCallsRacingAClassChange) {
     stop = true;
     flips.join();
     EXPECT_EQ(wrong, 0);
-    EXPECT_TRUE(missing > 0 && missing < 300) << missing;  // both outcomes happened
-    EXPECT_EQ(sdk::journal().size(), 300u - missing);
+    EXPECT_TRUE(missing > 0 && missing < 200) << missing;  // both outcomes happened
+    EXPECT_EQ(sdk::journal().size(), 200u - missing);
     EXPECT_LE(sdk::javaThreads(), javaThreads);
 }
 

@@ -166,21 +166,6 @@ TEST_F(Strings, ListsOfNoStringsAndListsThatCannotBeRead) {
     EXPECT_TRUE(sdk::journal().empty());
 }
 
-// A va_list form reads exactly its strings and leaves the caller's list just past them.
-const char *stringAfterTwoLists(int count1, int count2, ...) {
-    va_list ap;
-    va_start(ap, count2);
-    velmora_createBundle2(1, T9, count1, count2, ap);
-    const char *next = va_arg(ap, const char *);
-    va_end(ap);
-    return next;
-}
-
-TEST_F(Strings, VaListFormsLeaveTheCallersListPastTheirStrings) {
-    EXPECT_STREQ(stringAfterTwoLists(1, 2, "a", "b", "c", "after"), "after");
-    EXPECT_STREQ(stringAfterTwoLists(0, 0, "after"), "after");
-}
-
 // Conversion of C arguments at its limits: a heap too small for them (text
 // that is not well-formed UTF-8 has rows of the forwarding table, null
 // pointers rows in every table), none of which may leave an exception
