@@ -75,8 +75,9 @@ def test_arguments_out_of_range_raise(sdk, what, call, exception):
 
 
 RESULTS = [  # (what, scripted outcomes, call, result)
-    ("text beyond the first buffer and the BMP", {"getUserLogin": ["x" * 1000 + "é😀"]}, velmora.getUserLogin,
-     "x" * 1000 + "é😀"),
+    # scripted in Java's UTF-16, the character beyond U+FFFF as its two surrogates
+    ("text beyond the first buffer and the BMP", {"getUserLogin": ["x" * 1000 + "é\ud83d\ude00"]},
+     velmora.getUserLogin, "x" * 1000 + "é😀"),
     ("no text", {"getStatisticsString": ["null"]}, lambda: velmora.getStatisticsString(1), None),
     ("Java boolean", {"isCompleted": ["true"]}, lambda: velmora.isCompleted(1), True),
     ("Java long", {"getUsedTime": ["-1099511627776"]}, lambda: velmora.getUsedTime(1), -2**40),
