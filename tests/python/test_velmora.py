@@ -3,7 +3,6 @@
 # argument type, results, failures of each kind, intermediate results from
 # Java threads, Ctrl-C, the library search, and the example in a fresh virtual
 # environment. What the library itself does is the C and C++ suites' subject.
-import gc
 import os
 import re
 import subprocess
@@ -71,71 +70,62 @@ def test_results(sdk, what, scripts, call, result):
     assert call() == result
 
 
-def test_java_exception_carries_its_failure(sdk):
+def test_java_exception_carries_its_code_text_and_failure(sdk):
     sdk.script("setLogLevel", "throw")
-    with pytest.raises(velmora.JavaException) as raised:
-        velmora.setLogLevel("x")
-    assert (raised.value.code, raised.value.text) == (-13, velmora.describeStatusCode(-13))
-    with_failure = velmora._BOUND["describeLastFailure"].available()
-    assert ("scripted failure in setLogLevel" in raised.value.failure) == with_failure
+    error = pytest.raises(velmora.JavaException, velmora.setLogLevel, "x").value
+    assert (error.code, error.text) == (-13, velmora.describeStatusCode(-13))
+    assert "scripted failure in setLogLevel" in error.failure and error.failure in str(error)
 
 
 def test_start_up_failures_raise_their_kind():
     calls = "import velmora\nfor call in (velmora.open, velmora.init, velmora.open):\n try: call()\n" \
             " except velmora.Error as e: print(type(e).__name__, e.code)"
     out, _ = run(calls, VELMORA_LIBRARY=os.path.join(BUILD, "sdk-variants", "no-initializer", "libvelmora.so"))
-    assert re.findall(r"^(\w+) (-\d+)$", out, re.M) == [("NotInitialized", "-11"), ("StartupError", "-15"),
-                                                       ("MethodNotFound", "-12")]
+    assert re.findall(r"^\w+ -\d+$", out, re.M) == ["NotInitialized -11", "StartupError -15", "MethodNotFound -12"]
 
 
 @pytest.mark.parametrize("env, places", [
     ({"VELMORA_LIBRARY": "/nonexistent/libvelmora.so.1"}, ["VELMORA_LIBRARY", "/nonexistent/libvelmora.so.1"]),
-    ({"VELMORA_LIBRARY": "", "PKG_CONFIG_PATH": "/nonexistent"}, ["pkg-config", sys.prefix, "/usr/local", "loader"]),
+    ({"VELMORA_LIBRARY": "", "PKG_CONFIG_PATH": "/nonexistent"},
+     ["pkg-config", os.path.join(sys.prefix, "lib"), "/usr/local/lib", "loader"]),
 ])
 def test_library_not_found_names_every_place_tried(env, places):
     out, status = run("import velmora\nvelmora.open()", **env)
     assert status != 0 and "LibraryNotFoundError" in out and all(place in out for place in places)
 
 
-def test_handler_receives_on_java_threads_and_survives_its_exceptions(sdk, monkeypatch):
+def test_handler_runs_on_java_threads_kept_alive_its_exceptions_reported(sdk, monkeypatch):
     received, reported = [], []
     monkeypatch.setattr(sys, "unraisablehook", reported.append)
 
-    def handler(text):
-        received.append((text, threading.get_ident()))
-        if len(received) == 1:
-            raise RuntimeError("handler failure")
+    def handler(text):  # each of its exceptions reported, and the deliveries go on
+        received.append((text, threading.current_thread() is threading.main_thread()))
+        raise RuntimeError(text)
     peach = velmora.Peach()
     peach.setIntermediateResultHandler(handler)
-    del handler
-    gc.collect()
+    del handler  # freed at once unless the package keeps it
     peach.execute()
-    assert [text for text, _ in received] == ["peach 0: step %d of 3" % step for step in (1, 2, 3)]
-    assert threading.get_ident() not in {thread for _, thread in received}
-    assert [str(report.exc_value) for report in reported] == ["handler failure"]
-    peach.setIntermediateResultHandler(None)
-    peach.execute()
-    assert len(received) == 3
+    assert received == [("peach 0: step %d of 3" % step, False) for step in (1, 2, 3)]
+    assert [str(report.exc_value) for report in reported] == [text for text, _ in received]
 
 
+# The KeyboardInterrupt left uncaught: Python reports it as it ends the process. Had starting Java put the
+# runtime's own handler in place, the process would end without it.
 def test_ctrl_c_after_start_up_raises_keyboard_interrupt():
-    out, status = run("import os, signal, time, velmora\nvelmora.initJava()\ntry:\n"
-                      " os.kill(os.getpid(), signal.SIGINT)\n time.sleep(30)\n"
-                      "except KeyboardInterrupt:\n print('KeyboardInterrupt')")
-    assert status == 0 and "KeyboardInterrupt" in out
+    out, _ = run("import signal, time, velmora\nvelmora.initJava()\nsignal.raise_signal(signal.SIGINT)\ntime.sleep(30)")
+    assert "KeyboardInterrupt" in out
 
 
+# Installs the library and the demo SDK under a prefix and the package into a new virtual environment (offline),
+# then runs the example there to its end, the library found through pkg-config alone.
 def test_example_runs_from_a_fresh_venv_against_a_demo_install(tmp_path):
-    prefix, venv = tmp_path / "prefix", tmp_path / "venv"
+    prefix, python = tmp_path / "prefix", tmp_path / "venv" / "bin" / "python"
+    env = dict(os.environ, VELMORA_LIBRARY="", PYTHONPATH="", PKG_CONFIG_PATH=str(prefix / "lib" / "pkgconfig"))
     for command in (["cmake", "--install", BUILD, "--prefix", prefix],
                     ["cmake", "--install", BUILD, "--prefix", prefix, "--component", "demo"],
-                    [sys.executable, "-m", "venv", venv],
-                    [venv / "bin" / "pip", "install", "--disable-pip-version-check", os.path.join(ROOT, "python")]):
-        subprocess.run(command, check=True, capture_output=True, timeout=300)
-    env = {k: v for k, v in os.environ.items() if k not in ("VELMORA_LIBRARY", "PYTHONPATH")}
-    env["PKG_CONFIG_PATH"] = str(prefix / "lib" / "pkgconfig")
-    example = subprocess.run([venv / "bin" / "python", os.path.join(ROOT, "examples", "peach_run.py")], env=env,
-                             cwd=tmp_path, capture_output=True, text=True, timeout=120)
-    assert example.stdout.startswith("library %s/lib/libvelmora.so.1\n" % prefix), example.stderr
-    assert "intermediate: peach 0: step 3 of 3\nexecuted: 0\n" in example.stdout
-    assert example.stdout.endswith("peach run finished\n")
+                    [sys.executable, "-m", "venv", tmp_path / "venv"],
+                    [python, "-m", "pip", "install", "--disable-pip-version-check", os.path.join(ROOT, "python")],
+                    [python, os.path.join(ROOT, "examples", "peach_run.py")]):
+        child = subprocess.run(command, env=env, cwd=tmp_path, capture_output=True, text=True, timeout=300)
+        assert child.returncode == 0, child.stdout + child.stderr
+    assert child.stdout.startswith("library %s/lib/libvelmora.so.1\n" % prefix)
