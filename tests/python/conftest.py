@@ -11,7 +11,7 @@ import sys
 import pytest
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-BUILD = os.environ.get("VELMORA_BUILD_DIR", os.path.join(ROOT, "build"))
+BUILD = os.path.abspath(os.environ.get("VELMORA_BUILD_DIR", os.path.join(ROOT, "build")))
 sys.path.insert(0, os.path.join(ROOT, "python"))
 os.environ["VELMORA_LIBRARY"] = os.path.join(BUILD, "lib", "libvelmora.so.1")
 
