@@ -131,43 +131,33 @@ TEST_F(PeachBridge, NothingResolvedOutlivesAnUnload) {
     EXPECT_EQ(velmora_peach_setJobs(handle, 1), VELMORA_STATUS_METHOD_NOT_FOUND);
 }
 
-// Short-lived host threads make calls (a list among them) at once while
-// another points the class reference back and forth between
-// the class (under two references) and one without the methods: every call
-// reaches its method, with its own result, or finds it missing, and the ended
-// threads leave no Java thread behind.
+// Host threads, each living for a few calls, call while the test points the
+// class reference back and forth between the class (under two references)
+// and one without the method: every call reaches the method or finds it
+// missing, and the ended threads leave no Java thread behind.
 TEST_F(Bridge, ConcurrencyCallsRacingAClassChange) {
-    sdk::script("ready", {"17"});
-    sdk::script("createJob", {"42"});
+    sdk::script("ready", {"7"});
     void *const targets[] = {globalClass("java/lang/Object"), globalClass("velmora/user/ManagementImpl"), cls};
     const int javaThreads = sdk::javaThreads();
-    std::atomic<bool> stop{false};
-    std::atomic<int> wrong{0}, missing{0};
-    std::thread flips([&] {
-        for (int i = 0; !stop; ++i, std::this_thread::yield()) point(cls, targets[i % 3]);
-        point(cls, targets[2]);
-    });
+    std::atomic<int> missing{0}, unexpected{0}, done{0};
     std::vector<std::thread> hosts;
-    for (int slot = 0; slot < 4; ++slot) {
+    for (int t = 0; t < 4; ++t) {
         hosts.emplace_back([&] {
-            for (int i = 0; i < 25; ++i) {
+            for (int i = 0; i < 50; ++i) {
                 std::thread([&] {
-                    const char *list[] = {"alpha", nullptr, "\xE2\x82\xAC"};
-                    const int results[] = {velmora_ready(1), velmora_createJob3(1, 3, list)}, expected[] = {17, 42};
-                    for (int k = 0; k < 2; ++k) {
-                        missing += results[k] == VELMORA_STATUS_METHOD_NOT_FOUND;
-                        wrong += results[k] != expected[k] && results[k] != VELMORA_STATUS_METHOD_NOT_FOUND;
-                    }
+                    const int result = velmora_ready(1);
+                    missing += result == VELMORA_STATUS_METHOD_NOT_FOUND;
+                    unexpected += result != 7 && result != VELMORA_STATUS_METHOD_NOT_FOUND;
                 }).join();
             }
+            ++done;
         });
     }
+    for (int i = 0; done < 4; ++i, std::this_thread::yield()) point(cls, targets[i % 3]);
+    point(cls, targets[2]);
     for (std::thread &host : hosts) host.join();
-    stop = true;
-    flips.join();
-    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(unexpected, 0);
     EXPECT_TRUE(missing > 0 && missing < 200) << missing;  // both outcomes happened
-    EXPECT_EQ(sdk::journal().size(), 200u - missing);
     EXPECT_LE(sdk::javaThreads(), javaThreads);
 }
 

@@ -1,5 +1,5 @@
-// The bridge's state over its life: the host's signal handlers and a forked
-// child, initialisers replacing the management object, the peach wrapper
+// The bridge's state over its life (the host's signal handlers: the Python
+// suite's Ctrl-C test): a forked child, initialisers replacing the management object, the peach wrapper
 // (what unloads do to it the forwarding passes check), plug-ins, the result
 // callback, threads that end.
 #include <signal.h>
@@ -11,23 +11,6 @@
 #include "support/fixture.hpp"
 
 namespace {
-
-// The host keeps the SIGINT and SIGTERM handlers it installed before start-up,
-// and they run with the process going on (the runtime's would end it);
-// SIGHUP, left at its default, gets the runtime's handler.
-std::atomic<int> caught{0};
-TEST(Host, KeepsTheSignalHandlersItInstalledBeforeStartUp) {
-    struct sigaction own = {}, now = {};
-    own.sa_handler = [](int signal) { caught += signal; };
-    for (int signal : {SIGINT, SIGTERM}) sigaction(signal, &own, nullptr);
-    ASSERT_EQ(velmora_init(), 0);
-    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        sigaction(signal, nullptr, &now);
-        EXPECT_TRUE(now.sa_handler != SIG_DFL && (now.sa_handler == own.sa_handler) == (signal != SIGHUP)) << signal;
-        if (signal != SIGHUP) raise(signal);
-    }
-    EXPECT_EQ(caught, SIGINT + SIGTERM);
-}
 
 // A forked child never touches the copied machine: whatever would reach Java
 // is -11 at once (a large list would otherwise wait for ever on the first
