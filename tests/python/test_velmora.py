@@ -110,9 +110,11 @@ def test_handler_runs_on_java_threads_kept_alive_its_exceptions_reported(sdk, mo
     assert [str(report.exc_value) for report in reported] == [text for text, _ in received]
 
 
-# Had starting Java put the runtime's own handler in place, the process would end at once, saying nothing.
+# Had starting Java put the runtime's own handler in place, the process would end at once, saying nothing. The
+# child installs Python's handler itself: a process started in the background inherits SIGINT ignored.
 def test_ctrl_c_after_start_up_raises_keyboard_interrupt():
-    out, status = run("import os, signal, time, velmora\nvelmora.initJava()\ntry:\n"
+    out, status = run("import os, signal, time, velmora\nsignal.signal(signal.SIGINT, signal.default_int_handler)\n"
+                      "velmora.initJava()\ntry:\n"
                       " os.kill(os.getpid(), signal.SIGINT)\n time.sleep(30)\n"
                       "except KeyboardInterrupt:\n print('KeyboardInterrupt')")
     assert status == 0 and "KeyboardInterrupt" in out, (status, out)
