@@ -2,7 +2,6 @@
 // suite's Ctrl-C test): a forked child, initialisers replacing the management object, the peach wrapper
 // (what unloads do to it the forwarding passes check), plug-ins, the result
 // callback, threads that end.
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
