@@ -1,7 +1,7 @@
 // The bridge's state over its life (the host's signal handlers: the Python
-// suite's Ctrl-C test): a forked child, initialisers replacing the management object, the peach wrapper
-// (what unloads do to it the forwarding passes check), plug-ins, the result
-// callback, threads that end.
+// suite's Ctrl-C test): a forked child, initialisers replacing the management
+// object, the peach wrapper (what unloads do to it the forwarding passes
+// check), plug-ins, the result callback, threads that end.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -135,11 +135,10 @@ TEST_F(PeachResults, NullCallbacksAndNullTextsAreDroppedAndAnUnloadKeepsTheCallb
 
 // Threads that end: every thread the library attached is detached when it
 // ends, whichever call attached it (forwarded calls: the concurrency test of
-// the forwarding suite; the thread that started Java: the
-// start-up scenarios, which destroy the machine after it ended), so
-// short-lived host threads leave no Java
-// thread behind. Threads that the host attached itself stay attached: they
-// are the host's business.
+// the forwarding suite; the thread that started Java: the start-up scenarios,
+// which destroy the machine after it ended), so short-lived host threads
+// leave no Java thread behind. Threads that the host attached itself stay
+// attached: they are the host's business.
 TEST(ThreadExit, EveryThreadTheLibraryAttachedIsDetachedWhenItEnds) {
     ASSERT_EQ(velmora_init(), 0);
     const std::pair<const char *, int (*)()> calls[] = {
