@@ -42,7 +42,6 @@ const Variant kVariants[] = {
     {"no-initializer", {PW}, {{MI, {{"<init>()V", ""}}}}},
     {"constructor-throws", {PW}, {{MI, {{"<init>()V", "throw new IllegalStateException(\"refused\");"}, {"initFile()I", ""}}}}},
     {"peach-missing", {PW, NFC}, {}},  // getPeachWrapper declared, its class absent
-    {"handler-missing", {NFC}, {}},    // the peach wrapper fine, the handler class absent
 };
 
 // The Java type at `d`, which moves past it.
@@ -66,14 +65,19 @@ std::string method(const std::string &cls, const std::string &key, const std::st
         args += ", (Object) a" + std::to_string(k);
     }
     const std::string type = javaType(++d);
-    if (name == "<init>") return "public " + cls + "(" + params + ") { Sdk.v(\"" + key + "\"" + args + "); " + natural + " }\n";
-    const std::map<std::string, std::string> recorders = {
-        {"int", "i("}, {"long", "j("}, {"boolean", "z("}, {"String", "s("}, {"void", "v("}};
-    const bool object = !recorders.count(type);
-    const std::string recorder = object ? "o(" + natural + ", " : recorders.at(type);
-    return "public " + type + " " + name + "(" + params + ") throws Exception { " +
-           (object || natural.empty() ? "" : natural + " ") + (type == "void" ? "" : "return ") + "Sdk." + recorder +
-           "\"" + key + "\"" + args + "); }\n";
+    // The statement that answers by result type, "@" standing for the key and
+    // the arguments; an object is its natural value unless scripted "null".
+    const std::map<std::string, std::string> answers = {
+        {"int", "return Sdk.QUIET ? Sdk.QUIET_INT : Integer.parseInt(Sdk.answer(\"0\", @));"},
+        {"long", "return Long.parseLong(Sdk.answer(\"0\", @));"},
+        {"boolean", "return Boolean.parseBoolean(Sdk.answer(null, @));"},
+        {"String", "return Sdk.QUIET ? Sdk.QUIET_TEXT : Sdk.text(Sdk.answer(null, @));"},
+        {"void", "Sdk.answer(null, @);"}};
+    std::string body = !answers.count(type) ? "return Sdk.text(Sdk.answer(\"\", @)) == null ? null : " + natural + ";"
+                       : name == "<init>" ? "Sdk.answer(null, @); " + natural
+                                          : (natural.empty() ? "" : natural + " ") + answers.at(type);
+    body.replace(body.find('@'), 1, "\"" + key + "\"" + args);
+    return "public " + (name == "<init>" ? cls : type + " " + name) + "(" + params + ") throws Exception { " + body + " }\n";
 }
 
 // Writes the classes of `members` into `dir`, and the list of every source of

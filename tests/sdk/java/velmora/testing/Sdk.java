@@ -6,10 +6,10 @@ import java.util.stream.Collectors;
 import velmora.user.IntermediateResultHandler;
 
 /**
- * Journal and script of the SDK test double. Every generated method calls one
- * recorder ({@link #i}, {@link #j}, {@link #z}, {@link #s}, {@link #v}, {@link #o})
- * with its name and JNI descriptor and its arguments; the journal entry is
- * that key followed by the rendered arguments:
+ * Journal and script of the SDK test double. Every generated method passes
+ * its name and JNI descriptor and its arguments to {@link #answer} and turns
+ * the text it returns into its result; the journal entry is that key followed
+ * by the rendered arguments:
  *
  * <pre>createJob(I[Ljava/lang/String;)I 7, ["a", null]</pre>
  *
@@ -28,12 +28,12 @@ import velmora.user.IntermediateResultHandler;
  *
  * <p>Benchmarks set -Dvelmora.sdk.quiet=true: nothing is journaled, scripts are
  * not read, and int and String methods return velmora.sdk.quiet.int (default 0)
- * and velmora.sdk.quiet.text (default null).
+ * and velmora.sdk.quiet.text (default null) without calling answer.
  */
 public final class Sdk {
-    private static final boolean QUIET = Boolean.getBoolean("velmora.sdk.quiet");
-    private static final int QUIET_INT = Integer.getInteger("velmora.sdk.quiet.int", 0);
-    private static final String QUIET_TEXT = System.getProperty("velmora.sdk.quiet.text");
+    public static final boolean QUIET = Boolean.getBoolean("velmora.sdk.quiet");
+    public static final int QUIET_INT = Integer.getInteger("velmora.sdk.quiet.int", 0);
+    public static final String QUIET_TEXT = System.getProperty("velmora.sdk.quiet.text");
     private static final List<String> entries = new ArrayList<>();
     private static final Map<String, List<String>> scripts = new HashMap<>();
     private static volatile IntermediateResultHandler handler;
@@ -81,49 +81,33 @@ public final class Sdk {
         run.join();
     }
 
-    // ---- recorders of the generated methods ----------------------------
-
-    public static int i(String key, Object... args) {
-        return QUIET ? QUIET_INT : Integer.parseInt(record(key, args, "0"));
-    }
-
-    public static long j(String key, Object... args) {
-        return Long.parseLong(record(key, args, "0"));
-    }
-
-    public static boolean z(String key, Object... args) {
-        return "true".equals(record(key, args, null));
-    }
-
-    public static String s(String key, Object... args) {
-        String outcome = QUIET ? QUIET_TEXT : record(key, args, null);
+    /** The text of an outcome: "null" is null. */
+    public static String text(String outcome) {
         return "null".equals(outcome) ? null : outcome;
     }
 
-    public static void v(String key, Object... args) {
-        record(key, args, null);
+    /**
+     * Journals a call of the method `key` with `args` and returns its scripted
+     * outcome, or `unscripted` when none is scripted; "throw" throws. A handler
+     * among the arguments of a call that did not throw is the one {@link #fire}
+     * and {@link #progress} use.
+     */
+    public static String answer(String unscripted, String key, Object... args) {
+        if (QUIET) return unscripted;
+        StringBuilder entry = new StringBuilder(key);
+        for (int k = 0; k < args.length; k++) entry.append(k == 0 ? " " : ", ").append(render(args[k]));
+        String outcome = outcome(key, entry.toString());
+        if ("throw".equals(outcome)) throw new RuntimeException("scripted failure in " + key.substring(0, key.indexOf('(')));
         for (Object arg : args) {
             if (arg instanceof IntermediateResultHandler) handler = (IntermediateResultHandler) arg;
         }
-    }
-
-    public static <T> T o(T natural, String key, Object... args) {
-        return "null".equals(record(key, args, null)) ? null : natural;
+        return outcome == null ? unscripted : outcome;
     }
 
     private static synchronized String outcome(String key, String entry) {
         entries.add(entry);
         List<String> script = scripts.getOrDefault(key, scripts.get(key.substring(0, key.indexOf('('))));
         return script == null ? null : script.size() > 1 ? script.remove(0) : script.get(0);
-    }
-
-    private static String record(String key, Object[] args, String unscripted) {
-        if (QUIET) return unscripted;
-        StringBuilder entry = new StringBuilder(key);
-        for (int k = 0; k < args.length; k++) entry.append(k == 0 ? " " : ", ").append(render(args[k]));
-        String outcome = outcome(key, entry.toString());
-        if ("throw".equals(outcome)) throw new RuntimeException("scripted failure in " + key.substring(0, key.indexOf('(')));
-        return outcome == null ? unscripted : outcome;
     }
 
     private static String render(Object value) {
