@@ -19,8 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 using Members = std::map<std::string, std::map<std::string, std::string>>;  // class -> key -> natural
 
-const std::string MI = "velmora.user.ManagementImpl", PW = "velmora.user.PeachWrapper",
-                  NFC = "velmora.user.NativeFunctionCaller";
+const std::string MI = "velmora.user.ManagementImpl", PW = "velmora.user.PeachWrapper";
 
 // Besides the table: the natural value of an object result, a constructor's
 // statement after it journaled itself, or the statement a method of another
@@ -41,7 +40,6 @@ const Variant kVariants[] = {
     {"no-constructor", {PW}, {{MI, {{"<init>(I)V", ""}}}}},
     {"no-initializer", {PW}, {{MI, {{"<init>()V", ""}}}}},
     {"constructor-throws", {PW}, {{MI, {{"<init>()V", "throw new IllegalStateException(\"refused\");"}, {"initFile()I", ""}}}}},
-    {"peach-missing", {PW, NFC}, {}},  // getPeachWrapper declared, its class absent
 };
 
 // The Java type at `d`, which moves past it.
