@@ -25,7 +25,8 @@ TEST_F(PeachBridge, AForkedChildGets11AtOnce) {
         std::size_t len = sizeof text;
         const int results[] = {velmora_createJob3(1, 20000, many.data()), velmora_init(), velmora_peach_handle(),
                                velmora_getJavaSystemProperty("java.version", text, &len)};
-        _exit(std::set<int>(std::begin(results), std::end(results)) == std::set<int>{VELMORA_STATUS_JAVA_NOT_INITIALIZED} ? 0 : 1);
+        const std::set<int> outcomes(std::begin(results), std::end(results));
+        _exit(outcomes == std::set<int>{VELMORA_STATUS_JAVA_NOT_INITIALIZED} ? 0 : 1);
     }
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
